@@ -1,0 +1,74 @@
+#pragma once
+
+#include <murvane/core/Export.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace Zantrix {
+
+/// Writes a file that appears only when it is whole: readers see the old file or the new one, never a part.
+///
+/// 1. `open` makes a temporary file beside the target.
+/// 2. `write` and `writeAt` fill it.
+/// 3. `commit` flushes it to disk, gives it the target's mode and owner, and renames it over the target.
+///    Destruction without `commit` removes the temporary and leaves the target as it was.
+///
+/// A link is followed: what it points to is replaced. Devices and pipes are written directly, as there is
+/// nothing to replace. So is a file in a folder that takes no temporary, if `InPlace::Allowed`; the bytes are then
+/// kept in memory until `commit`.
+///
+/// Every operation returns false on failure; `getError()` then tells why, in words. After a failure only
+/// destruction makes sense.
+class MURVANE_API FileReplacement {
+public:
+    enum class InPlace { Refused, Allowed };
+
+    FileReplacement() = default;
+    ~FileReplacement();
+    FileReplacement(const FileReplacement&) = delete;
+    FileReplacement& operator=(const FileReplacement&) = delete;
+
+    /// Starts replacing `path`. An existing target must be writable; it need not exist.
+    bool open(const std::string& path, InPlace inPlace = InPlace::Refused);
+
+    /// Appends bytes.
+    bool write(const void* bytes, std::size_t size);
+
+    /// Overwrites bytes written before, such as a header whose numbers are known only at the end; the place of
+    /// the next `write` stays. Fails on devices and pipes.
+    bool writeAt(std::uint64_t offset, const void* bytes, std::size_t size);
+
+    /// Forgets everything written from `size` on.
+    bool truncate(std::uint64_t size);
+
+    /// Bytes written so far.
+    std::uint64_t size() const { return m_uiSize; }
+
+    /// Whether `writeAt` and `truncate` work: false for devices and pipes.
+    bool isSeekable() const { return m_eKind != Kind::Device; }
+
+    bool commit();
+
+    /// What went wrong, such as "No space left on device"; empty when nothing did.
+    const std::string& getError() const { return m_strError; }
+
+private:
+    enum class Kind { Closed, Temporary, Device, Buffer };
+
+    bool fail(int errorNumber);
+    bool writeAll(int descriptor, const void* bytes, std::size_t size);
+    bool adoptModeAndOwner();
+    void discard() noexcept;
+
+    Kind m_eKind = Kind::Closed;
+    int m_iDescriptor = -1;
+    std::uint64_t m_uiSize = 0;
+    std::string m_strTarget;     // links resolved
+    std::string m_strTemporary;  // of Kind::Temporary
+    std::string m_strBuffer;     // of Kind::Buffer
+    std::string m_strError;
+};
+
+}  // namespace Zantrix

@@ -1,0 +1,209 @@
+#include <murvane/core/FileReplacement.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Zantrix {
+
+namespace {
+
+// Where a path leads once its links are followed; also when the last link points to nothing yet.
+std::string followLinks(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::path target(path);
+    for (int depth = 0; depth < 40 && fs::is_symlink(fs::symlink_status(target, error)); ++depth) {
+        const fs::path next = fs::read_symlink(target, error);
+        if (error) {
+            break;
+        }
+        target = next.is_absolute() ? next : target.parent_path() / next;
+    }
+    return target.string();
+}
+
+std::string folderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// A rename is only safe on disk once its folder is.
+void flushFolder(const std::string& folder) {
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::fsync(descriptor);
+        ::close(descriptor);
+    }
+}
+
+}  // namespace
+
+FileReplacement::~FileReplacement() {
+    discard();
+}
+
+bool FileReplacement::open(const std::string& path, InPlace inPlace) {
+    discard();
+    m_strError.clear();
+    m_strBuffer.clear();
+    m_uiSize = 0;
+    m_strTarget = followLinks(path);
+
+    struct stat status {};
+    const bool exists = ::stat(m_strTarget.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode)) {
+        if (S_ISDIR(status.st_mode)) {
+            return fail(EISDIR);
+        }
+        m_iDescriptor = ::open(m_strTarget.c_str(), O_WRONLY | O_CLOEXEC);
+        if (m_iDescriptor < 0) {
+            return fail(errno);
+        }
+        m_eKind = Kind::Device;
+        return true;
+    }
+    if (exists && ::access(m_strTarget.c_str(), W_OK) != 0) {
+        return fail(errno);
+    }
+
+    // A replacement of a private file is private from its first moment; a new file gets what the user's mask leaves.
+    const mode_t mode = exists ? 0600 : 0666;
+    for (int attempt = 0; m_iDescriptor < 0 && (attempt == 0 || (errno == EEXIST && attempt < 100)); ++attempt) {
+        m_strTemporary = m_strTarget + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
+        m_iDescriptor = ::open(m_strTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    }
+    if (m_iDescriptor >= 0) {
+        m_eKind = Kind::Temporary;
+        return !exists || adoptModeAndOwner();
+    }
+    const int error = errno;
+    if (exists && inPlace == InPlace::Allowed && (error == EACCES || error == EPERM || error == EROFS)) {
+        m_eKind = Kind::Buffer;
+        return true;
+    }
+    return fail(error);
+}
+
+bool FileReplacement::adoptModeAndOwner() {
+    struct stat status {};
+    if (::stat(m_strTarget.c_str(), &status) != 0) {
+        return fail(errno);
+    }
+    // An owner that may not be given away stays ours; the mode comes last, as changing the owner clears bits.
+    if (::fchown(m_iDescriptor, status.st_uid, status.st_gid) != 0) {
+        static_cast<void>(::fchown(m_iDescriptor, static_cast<uid_t>(-1), status.st_gid) == 0);
+    }
+    return ::fchmod(m_iDescriptor, status.st_mode & 07777) == 0 || fail(errno);
+}
+
+bool FileReplacement::write(const void* bytes, std::size_t size) {
+    if (m_eKind == Kind::Buffer) {
+        m_strBuffer.append(static_cast<const char*>(bytes), size);
+    } else if (!writeAll(m_iDescriptor, bytes, size)) {
+        return false;
+    }
+    m_uiSize += size;
+    return true;
+}
+
+bool FileReplacement::writeAt(std::uint64_t offset, const void* bytes, std::size_t size) {
+    if (m_eKind == Kind::Buffer) {
+        m_strBuffer.replace(offset, size, static_cast<const char*>(bytes), size);
+        return true;
+    }
+    const char* next = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = ::pwrite(m_iDescriptor, next, size, static_cast<off_t>(offset));
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return fail(errno);
+        }
+        next += written;
+        offset += static_cast<std::uint64_t>(written);
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+bool FileReplacement::truncate(std::uint64_t size) {
+    if (m_eKind == Kind::Buffer) {
+        m_strBuffer.resize(size);
+    } else if (::ftruncate(m_iDescriptor, static_cast<off_t>(size)) != 0 ||
+               ::lseek(m_iDescriptor, static_cast<off_t>(size), SEEK_SET) < 0) {
+        return fail(errno);
+    }
+    m_uiSize = size;
+    return true;
+}
+
+bool FileReplacement::commit() {
+    if (m_eKind == Kind::Buffer) {
+        m_iDescriptor = ::open(m_strTarget.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+        if (m_iDescriptor < 0) {
+            return fail(errno);
+        }
+        if (!writeAll(m_iDescriptor, m_strBuffer.data(), m_strBuffer.size())) {
+            return false;
+        }
+    }
+    if (m_eKind != Kind::Device && ::fsync(m_iDescriptor) != 0) {
+        return fail(errno);
+    }
+    const int descriptor = m_iDescriptor;
+    m_iDescriptor = -1;
+    if (::close(descriptor) != 0 && errno != EINTR) {
+        return fail(errno);
+    }
+    if (m_eKind == Kind::Temporary) {
+        if (::rename(m_strTemporary.c_str(), m_strTarget.c_str()) != 0) {
+            return fail(errno);
+        }
+        flushFolder(folderOf(m_strTarget));
+    }
+    m_eKind = Kind::Closed;
+    return true;
+}
+
+bool FileReplacement::writeAll(int descriptor, const void* bytes, std::size_t size) {
+    const char* next = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = ::write(descriptor, next, size);
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return fail(errno);
+        }
+        next += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+bool FileReplacement::fail(int errorNumber) {
+    m_strError = std::strerror(errorNumber);
+    discard();
+    return false;
+}
+
+void FileReplacement::discard() noexcept {
+    if (m_iDescriptor >= 0) {
+        ::close(m_iDescriptor);
+        m_iDescriptor = -1;
+    }
+    if (m_eKind == Kind::Temporary) {
+        ::unlink(m_strTemporary.c_str());
+    }
+    m_eKind = Kind::Closed;
+}
+
+}  // namespace Zantrix

@@ -1,0 +1,46 @@
+#include <murvane/math/SignalFeatureComposed.h>
+
+namespace Zantrix::Math {
+
+namespace {
+
+bool resetIfResettable(SignalFeature& feature) {
+    auto* pResettable = dynamic_cast<Resettable*>(&feature);
+    return pResettable == nullptr || pResettable->reset();
+}
+
+}  // namespace
+
+SignalFeatureComposed::SignalFeatureComposed(SignalFeature* outer, SignalFeature* inner)
+    : m_pOuter(outer), m_pInner(inner) {}
+
+bool SignalFeatureComposed::compute(const DoubleVector& in, DoubleVector& out) {
+    m_vScratch.clear();
+    return m_pInner->compute(in, m_vScratch) && m_pOuter->compute(m_vScratch, out);
+}
+
+bool SignalFeatureComposed::reset() {
+    const bool outer = resetIfResettable(*m_pOuter);
+    const bool inner = resetIfResettable(*m_pInner);
+    return outer && inner;
+}
+
+Cloneable* SignalFeatureComposed::clone() const {
+    return new SignalFeatureComposed(*this);
+}
+
+SignalFeature* composeFeatures(const StringVector& elements,
+                               const std::function<SignalFeature*(const char*)>& newBaseFeature) {
+    SignalFeature* pComposed = nullptr;
+    for (auto element = elements.rbegin(); element != elements.rend(); ++element) {
+        SignalFeature* pFeature = newBaseFeature(element->c_str());
+        if (pFeature == nullptr) {
+            delete pComposed;
+            return nullptr;
+        }
+        pComposed = pComposed == nullptr ? pFeature : new SignalFeatureComposed(pFeature, pComposed);
+    }
+    return pComposed;
+}
+
+}  // namespace Zantrix::Math

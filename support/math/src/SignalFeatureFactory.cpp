@@ -1,0 +1,97 @@
+#include <murvane/math/SignalFeatureComposed.h>
+#include <murvane/math/SignalFeatureFactory.h>
+
+#include <string_view>
+
+namespace Zantrix::Math {
+
+namespace {
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n\f\v";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+// The text between the parentheses, as parameters.
+bool splitList(std::string_view list, StringVector& params) {
+    if (trimmed(list).empty()) {
+        return true;
+    }
+    for (std::size_t start = 0; start <= list.size();) {
+        const std::size_t comma = std::min(list.find(',', start), list.size());
+        const std::string_view param = trimmed(list.substr(start, comma - start));
+        if (param.empty()) {
+            return false;
+        }
+        params.emplace_back(param);
+        start = comma + 1;
+    }
+    return true;
+}
+
+bool splitElement(std::string_view element, std::string& base, StringVector& params) {
+    const std::size_t baseEnd = std::min(element.find_first_of("_(),"), element.size());
+    if (baseEnd == 0) {
+        return false;
+    }
+    base = element.substr(0, baseEnd);
+    if (baseEnd == element.size()) {
+        return true;
+    }
+    const bool enclosed = element[baseEnd] == '(' && element.find_first_of("()", baseEnd + 1) == element.size() - 1 &&
+                          element.back() == ')';
+    return enclosed && splitList(element.substr(baseEnd + 1, element.size() - baseEnd - 2), params);
+}
+
+}  // namespace
+
+SignalFeature* SignalFeatureFactory::getNewFeature(const char* name) {
+    StringVector elements;
+    splitElements(name, elements);
+    return composeFeatures(elements, [this](const char* element) { return getNewBaseFeature(element); });
+}
+
+bool SignalFeatureFactory::splitParams(const char* name, std::string& base, StringVector& params) {
+    base.clear();
+    params.clear();
+    if (name != nullptr && splitElement(name, base, params)) {
+        return true;
+    }
+    base.clear();
+    params.clear();
+    return false;
+}
+
+bool SignalFeatureFactory::splitElements(const char* name, StringVector& elements) {
+    elements.clear();
+    if (name == nullptr) {
+        return false;
+    }
+    // An underscore within parentheses belongs to a parameter.
+    int depth = 0;
+    std::string base;
+    StringVector params;
+    const std::string_view text(name);
+    std::size_t start = 0;
+    for (std::size_t i = 0; i <= text.size(); ++i) {
+        const char c = i < text.size() ? text[i] : '_';
+        depth += c == '(' ? 1 : c == ')' ? -1 : 0;
+        if (i < text.size() && (c != '_' || depth > 0)) {
+            continue;
+        }
+        std::string element(text.substr(start, i - start));
+        if (!splitParams(element.c_str(), base, params)) {
+            elements.clear();
+            return false;
+        }
+        elements.push_back(std::move(element));
+        start = i + 1;
+    }
+    return true;
+}
+
+}  // namespace Zantrix::Math
