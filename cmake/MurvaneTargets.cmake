@@ -24,21 +24,24 @@ endif()
 
 # murvane_support_library(NAME [DEPENDS TARGET...] [PRIVATE_DEPENDS TARGET...])
 #
-# One of the small libraries below support/: static, with position-independent code, folded whole into
-# libmurvane-audio.so; its tests (if MURVANE_BUILD_TESTS) link it alone, so that it keeps standing by itself.
+# One of the small libraries below support/: its objects, position-independent, are folded into libmurvane-audio.so; the
+# same objects as a static library serve its own tests (if MURVANE_BUILD_TESTS), so that it keeps standing by itself.
 function(murvane_support_library name)
   cmake_parse_arguments(arg "" "" "DEPENDS;PRIVATE_DEPENDS" ${ARGN})
   set(target murvane-${name})
   file(GLOB sources CONFIGURE_DEPENDS src/*.cpp)
-  add_library(${target} STATIC ${sources})
+  add_library(${target}-objects OBJECT ${sources})
+  add_library(${target} STATIC $<TARGET_OBJECTS:${target}-objects>)
   add_library(murvane::${name} ALIAS ${target})
-  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>)
-  target_link_libraries(
-    ${target}
-    PUBLIC ${arg_DEPENDS}
-    PRIVATE ${arg_PRIVATE_DEPENDS} $<BUILD_INTERFACE:murvane-build-flags>)
-  set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
-                                             VISIBILITY_INLINES_HIDDEN ON)
+  foreach(library IN ITEMS ${target}-objects ${target})
+    target_include_directories(${library} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
+    target_link_libraries(
+      ${library}
+      PUBLIC ${arg_DEPENDS}
+      PRIVATE ${arg_PRIVATE_DEPENDS} murvane-build-flags)
+  endforeach()
+  set_target_properties(${target}-objects PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                                                     VISIBILITY_INLINES_HIDDEN ON)
   if(MURVANE_BUILD_TESTS)
     file(GLOB tests CONFIGURE_DEPENDS tests/*.cpp)
     if(tests)

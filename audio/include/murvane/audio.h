@@ -1,0 +1,41 @@
+#pragma once
+
+/// The whole public interface of murvane-audio.
+
+#include <murvane/audio/computation/AudioFeatureComputerImpl.h>
+#include <murvane/audio/features/AudioFeatureFactory.h>
+#include <murvane/audio/features/AudioFeatureImpl.h>
+#include <murvane/audio/features/SpectrumFeatures.h>
+#include <murvane/audio/features/ZeroCrossingFeatures.h>
+#include <murvane/audio/input/AudioFileReader.h>
+#include <murvane/audio/input/AudioLinearWindower.h>
+#include <murvane/audio/input/AudioSignalWindow.h>
+#include <murvane/audio/input/AudioSink.h>
+#include <murvane/audio/input/AudioWindowedFileReader.h>
+#include <murvane/audio/input/TimeSource.h>
+#include <murvane/core/Assertion.h>
+#include <murvane/core/BoostRegex.h>
+#include <murvane/core/CloneableObjPtr.h>
+#include <murvane/core/Fallible.h>
+#include <murvane/core/FileReplacement.h>
+#include <murvane/core/LimitedObjPtr.h>
+#include <murvane/core/Logging.h>
+#include <murvane/core/MemAccount.h>
+#include <murvane/core/OS.h>
+#include <murvane/core/Object.h>
+#include <murvane/core/RefCountedObjPtr.h>
+#include <murvane/core/SingletonRegistry.h>
+#include <murvane/core/StringVector.h>
+#include <murvane/infra/ParameterTrie.h>
+#include <murvane/infra/ROConfiguration.h>
+#include <murvane/math/BasicFeatures.h>
+#include <murvane/math/DoubleVector.h>
+#include <murvane/math/MathFeatureComputerImpl.h>
+#include <murvane/math/MathFourierTransform.h>
+#include <murvane/math/MathSignalFeatureFactory.h>
+#include <murvane/math/RangeFeature.h>
+#include <murvane/math/SignalFeature.h>
+#include <murvane/math/SignalFeatureComposed.h>
+#include <murvane/math/SignalFeatureFactory.h>
+#include <murvane/math/SignalFeaturePool.h>
+#include <murvane/mathxpr/FunctionAdaptor.h>

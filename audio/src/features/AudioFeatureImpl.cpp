@@ -1,0 +1,23 @@
+#include "FeatureCatalogue.h"
+
+#include <murvane/audio/features/AudioFeatureImpl.h>
+
+#include <strings.h>
+
+namespace Zantrix::Audio {
+
+const char* AudioFeature::getFeatureTypeString(FeatureType type) {
+    const char* typeString = type < c_featureCatalogue.size() ? c_featureCatalogue[type].typeString : nullptr;
+    return typeString != nullptr ? typeString : "???Feature_FeatureType???";
+}
+
+Fallible<AudioFeature::FeatureType> AudioFeature::parseFeatureType(const char* name) {
+    for (const CatalogueEntry& entry : c_featureCatalogue) {
+        if (name != nullptr && entry.parsedName != nullptr && ::strcasecmp(entry.parsedName, name) == 0) {
+            return entry.type;
+        }
+    }
+    return {};
+}
+
+}  // namespace Zantrix::Audio
