@@ -1,4 +1,5 @@
 # What every target of the project has in common: the language level, the warnings and the sanitizers.
+set(CMAKE_CXX_EXTENSIONS OFF)
 add_library(murvane-build-flags INTERFACE)
 target_compile_features(murvane-build-flags INTERFACE cxx_std_20)
 target_compile_options(

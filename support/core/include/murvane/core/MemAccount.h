@@ -32,16 +32,8 @@ public:
         return memory;
     }
 
-    /// Returns memory of this account; null is ignored.
-    void deallocate(void* memory, std::size_t size) noexcept {
-        if (memory != nullptr) {
-            m_iLive.fetch_sub(1, std::memory_order_relaxed);
-            ::operator delete(memory, size);
-        }
-    }
-
-    /// The same where the size is not known any more.
-    void deallocate(void* memory) noexcept {
+    /// Returns memory of this account; null is ignored. The size, where the caller knows it, may be passed along.
+    void deallocate(void* memory, [[maybe_unused]] std::size_t size = 0) noexcept {
         if (memory != nullptr) {
             m_iLive.fetch_sub(1, std::memory_order_relaxed);
             ::operator delete(memory);
