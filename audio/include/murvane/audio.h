@@ -2,6 +2,12 @@
 
 /// The whole public interface of murvane-audio.
 
+#include <murvane/audio/annotations/AnnotationBuilder.h>
+#include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
+#include <murvane/audio/annotations/AudioAnnotation.h>
+#include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
+#include <murvane/audio/batch/AudioSetApplicationHelper.h>
+#include <murvane/audio/batch/AudioSetParser.h>
 #include <murvane/audio/computation/AudioFeatureComputerImpl.h>
 #include <murvane/audio/features/AudioFeatureFactory.h>
 #include <murvane/audio/features/AudioFeatureImpl.h>

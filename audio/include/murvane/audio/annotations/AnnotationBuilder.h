@@ -1,0 +1,46 @@
+#pragma once
+
+#include <murvane/audio/annotations/AudioAnnotation.h>
+#include <murvane/core/CloneableObjPtr.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Zantrix::Audio {
+
+/// Makes annotations of the right type from their labels alone: keeps one prototype of each registered type, clones the
+/// one whose expression matches the whole label, and falls back on `AnnotationImpl`.
+///
+/// The library registers no type by itself. Types are registered before threads make annotations; making them only
+/// reads.
+class MURVANE_API AnnotationBuilder : public virtual Object {
+public:
+    MURVANE_MEM_ACCOUNT("AnnotationBuilder")
+
+    /// The builder of the process, there from the moment the library is loaded.
+    static AnnotationBuilder& getInstance();
+
+    AnnotationBuilder();
+
+    /// Adds a clone of a prototype under its type name; the caller keeps its own object.
+    ///
+    /// @return false, after a DEBUG record, for "AnnotationImpl", which is always there, and for a type name that is
+    ///         taken
+    bool registerPrototype(const Annotation& prototype);
+
+    /// A new annotation with that label, owned by the caller. Of several types that match, which is reported at ERROR,
+    /// the one registered last is made. A type that refuses the label after all is reported as a failed assertion, and
+    /// its annotation returned with its own label.
+    ///
+    /// @return null, after an ERROR record, when a registered expression is invalid
+    Annotation* getNewAnnotation(const char* label) const;
+
+private:
+    using Entry = std::pair<std::string, CloneableObjPtr<Annotation>>;
+
+    std::vector<Entry> m_vPrototypes;  // by type name, in order of registration
+    CloneableObjPtr<Annotation> m_pDefaultPrototype;
+};
+
+}  // namespace Zantrix::Audio

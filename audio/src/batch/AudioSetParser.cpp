@@ -1,0 +1,147 @@
+#include <murvane/audio/batch/AudioSetParser.h>
+#include <murvane/core/Logging.h>
+#include <murvane/core/OS.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace Zantrix::Audio {
+
+namespace {
+
+constexpr const char* c_szSource = "AudioSetParser";
+constexpr const char* c_szDataFolderVariable = "ZANTRIX_CPA_DATA";
+
+const Logger& logger() {
+    static const Logger& logger = Logger::forCategory("murvane.audio.AudioSetParser");
+    return logger;
+}
+
+// The folder part of the list's name, separator included; "" when it has none.
+std::string folderOf(const std::string& fileName) {
+    const std::size_t separator = fileName.find_last_of("/\\:");
+    return separator == std::string::npos || separator == 0 ? "" : fileName.substr(0, separator + 1);
+}
+
+}  // namespace
+
+bool AudioSetParser::setAudioSetFilename(const char* fileName) {
+    const TraceScope scope(logger(), "AudioSetParser::setAudioSetFilename", c_szSource, __LINE__);
+
+    const std::string name = fileName == nullptr ? "" : fileName;
+    std::ifstream file(name);
+    std::error_code ignored;
+    if (!file || std::filesystem::is_directory(name, ignored)) {
+        logger().log(LogLevel::Error, c_szSource, __LINE__, "Could not open file ", name,
+                     " containing file set to parse");
+        return false;
+    }
+    m_strAudioSetFilename = name;
+    for (std::string line; std::getline(file, line);) {
+        if (!line.empty() && line[0] != '#') {
+            m_vFiles.push_back(line);
+        }
+    }
+    return true;
+}
+
+bool AudioSetParser::gotoFirstAudioFile() {
+    const TraceScope scope(logger(), "AudioSetParser::gotoFirstAudioFile", c_szSource, __LINE__);
+
+    m_uiCurrent = 0;
+    if (m_vFiles.empty()) {
+        return false;
+    }
+    m_bFirst = true;
+    return true;
+}
+
+bool AudioSetParser::getNextAudioFile(std::string& out) {
+    const TraceScope scope(logger(), "AudioSetParser::getNextAudioFile", c_szSource, __LINE__);
+
+    goToNextValidFilename();
+    if (m_uiCurrent == m_vFiles.size()) {
+        out.clear();
+        return false;
+    }
+    out = m_strFullFilename;
+    return true;
+}
+
+bool AudioSetParser::atEnd() const {
+    const TraceScope scope(logger(), "AudioSetParser::atEnd", c_szSource, __LINE__);
+
+    return m_uiCurrent + 1 >= m_vFiles.size();
+}
+
+void AudioSetParser::goToNextValidFilename() {
+    if (m_uiCurrent == m_vFiles.size()) {
+        return;
+    }
+    if (m_bFirst) {
+        m_bFirst = false;
+    } else {
+        ++m_uiCurrent;
+    }
+    while (m_uiCurrent < m_vFiles.size() && getFullFilename(m_vFiles[m_uiCurrent].c_str()) == nullptr) {
+        ++m_uiCurrent;
+    }
+}
+
+// The path of an entry, or null when it is to be skipped.
+const char* AudioSetParser::getFullFilename(const char* name) {
+    m_strFullFilename.clear();
+    const auto skip = [&](const char* pathKind) {
+        logger().log(LogLevel::Error, c_szSource, __LINE__, "Could not open  file ", name, " (", pathKind,
+                     " path detected). File will be skipped.");
+        return nullptr;
+    };
+    if (!OS::isPathRelative(name)) {
+        if (!doesFileExist(name)) {
+            return skip("absolute");
+        }
+        m_strFullFilename = name;
+        return m_strFullFilename.c_str();
+    }
+    bool isFound = false;
+    if (!findRelative(folderOf(m_strAudioSetFilename) + name, name, isFound)) {
+        return nullptr;
+    }
+    if (!isFound) {
+        const char* dataFolder = std::getenv(c_szDataFolderVariable);
+        if (dataFolder == nullptr) {
+            return skip("relative");
+        }
+        if (!findRelative(std::string(dataFolder) + "\\" + name, name, isFound)) {
+            return nullptr;
+        }
+        if (!isFound) {
+            return skip("relative");
+        }
+    }
+    return m_strFullFilename.c_str();
+}
+
+// Looks for one candidate of a relative name; false when it is no path at all.
+bool AudioSetParser::findRelative(const std::string& candidate, const char* name, bool& isFound) {
+    std::string path;
+    if (!OS::getCanonicalPath(candidate.c_str(), path)) {
+        logger().log(LogLevel::Error, c_szSource, __LINE__, "Error in filename ", name, ". File will be skipped.");
+        return false;
+    }
+    logger().log(LogLevel::Debug, c_szSource, __LINE__, "Trying absolute path: ", path);
+    isFound = doesFileExist(path.c_str());
+    if (isFound) {
+        m_strFullFilename = path;
+    }
+    return true;
+}
+
+bool AudioSetParser::doesFileExist(const char* name) {
+    std::error_code ignored;
+    return std::ifstream(name).good() && !std::filesystem::is_directory(name, ignored);
+}
+
+}  // namespace Zantrix::Audio
