@@ -8,6 +8,7 @@
 #include <murvane/audio.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -121,10 +122,10 @@ bool addPhase(const std::string& path, const Phase& phase, Summary& summary) {
 std::string strongestTones(const Summary& summary) {
     const DoubleVector& spectrum = summary.spectrum;
     struct Peak {
-        double share;
-        double hz;
+        double share = 0.0;
+        double hz = 0.0;
     };
-    std::vector<Peak> peaks;
+    std::array<Peak, 2> strongest;
     for (std::size_t k = 1; k + 1 < spectrum.size(); ++k) {
         if (spectrum[k] < spectrum[k - 1] || spectrum[k] <= spectrum[k + 1]) {
             continue;
@@ -135,15 +136,19 @@ std::string strongestTones(const Summary& summary) {
         const double bin = static_cast<double>(k) + (isAbove ? offset : -offset);
         const double share = (spectrum[k - 1] + spectrum[k] + spectrum[k + 1]) /
                              static_cast<double>(std::max<std::size_t>(summary.windows, 1));
-        peaks.push_back({share, bin * c_topHz / static_cast<double>(spectrum.size())});
+        const Peak peak{share, bin * c_topHz / static_cast<double>(spectrum.size())};
+        if (peak.share > strongest[0].share) {
+            strongest = {peak, strongest[0]};
+        } else if (peak.share > strongest[1].share) {
+            strongest[1] = peak;
+        }
     }
-    std::sort(peaks.begin(), peaks.end(), [](const Peak& a, const Peak& b) { return a.share > b.share; });
-    peaks.resize(std::min<std::size_t>(peaks.size(), 2));
-    std::erase_if(peaks, [](const Peak& peak) { return peak.share < 0.1; });
-    std::sort(peaks.begin(), peaks.end(), [](const Peak& a, const Peak& b) { return a.hz < b.hz; });
+    std::sort(strongest.begin(), strongest.end(), [](const Peak& a, const Peak& b) { return a.hz < b.hz; });
     std::string text;
-    for (const Peak& peak : peaks) {
-        text += (text.empty() ? "" : " + ") + std::to_string(std::lround(peak.hz));
+    for (const Peak& peak : strongest) {
+        if (peak.share >= 0.1) {
+            text += (text.empty() ? "" : " + ") + std::to_string(std::lround(peak.hz));
+        }
     }
     return text.empty() ? "-" : text;
 }

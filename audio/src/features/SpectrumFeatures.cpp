@@ -1,10 +1,11 @@
 #include "FeatureDiagnostics.h"
+#include "SpectrumKernels.h"
 #include "SpectrumReduction.h"
 
 #include <murvane/audio/features/SpectrumFeatures.h>
-#include <murvane/math/MathFourierTransform.h>
 
-#include <span>
+#include <algorithm>
+#include <array>
 
 namespace Zantrix::Audio {
 
@@ -25,9 +26,7 @@ bool SpectrumFeature::compute(const Math::DoubleVector& in, Math::DoubleVector& 
     }
     const std::size_t uiSizeFFT = in.size();
     const std::size_t start = out.size();
-    if (m_pSignalWindow.isNull()) {
-        m_pSignalWindow = CloneableObjPtr<SignalWindow>(new HannWindow(uiSizeFFT));
-    }
+    makeWindow(uiSizeFFT);
     out.append(in);
     if (!featureAssertion(m_pSignalWindow->getSize() == static_cast<double>(uiSizeFFT),
                           "m_pSignalWindow->getSize() == uiSizeFFT", __LINE__)) {
@@ -38,23 +37,47 @@ bool SpectrumFeature::compute(const Math::DoubleVector& in, Math::DoubleVector& 
     for (std::size_t i = 0; i < uiSizeFFT; ++i) {
         values[i] *= weights[i];
     }
-    Math::realFourierTransform(values);
-    const std::size_t uiNbOfBins = uiSizeFFT / 2;
-    double total = 0.0;
-    for (std::size_t k = 0; k < uiNbOfBins; ++k) {
-        const double re = values[2 * k];
-        const double im = k == 0 ? 0.0 : values[2 * k + 1];
-        values[k] = re * re + im * im;
-        total += values[k];
+    powerSpectrum(values);
+    out.resize(start + uiSizeFFT / 2);
+    return true;
+}
+
+bool SpectrumFeature::computeWindows(std::span<const Math::DoubleVector> in, std::span<Math::DoubleVector> out) {
+    if (in.empty()) {
+        return true;
     }
-    out.resize(start + uiNbOfBins);
-    if (total != 0.0) {
-        const double factor = 1.0 / total;
-        for (std::size_t k = 0; k < uiNbOfBins; ++k) {
-            out[start + k] *= factor;
+    const std::size_t uiSizeFFT = in.front().size();
+    makeWindow(uiSizeFFT);
+    const bool areAlike =
+        std::all_of(in.begin(), in.end(), [&](const auto& window) { return window.size() == uiSizeFFT; });
+    if (!areAlike || m_pSignalWindow->getSize() != static_cast<double>(uiSizeFFT)) {
+        return AudioFeature::computeWindows(in, out);
+    }
+    m_vScratch.resize(spectrumScratchSize(uiSizeFFT));
+    // Group by group, so that the addresses fit on the stack.
+    constexpr std::size_t groupSize = 8;
+    std::array<const double*, groupSize> windows{};
+    std::array<double*, groupSize> spectra{};
+    for (std::size_t first = 0; first < in.size(); first += groupSize) {
+        const std::size_t count = std::min(groupSize, in.size() - first);
+        for (std::size_t i = 0; i < count; ++i) {
+            Math::DoubleVector& values = out[first + i];
+            const std::size_t start = values.size();
+            values.resize(start + uiSizeFFT / 2);
+            windows[i] = in[first + i].data();
+            spectra[i] = values.data() + start;
         }
+        powerSpectra(std::span(windows).first(count), m_pSignalWindow->getWeights().data(), uiSizeFFT,
+                     std::span(spectra).first(count), m_vScratch);
     }
     return true;
+}
+
+// The window is made once, from the first input's length.
+void SpectrumFeature::makeWindow(std::size_t uiWindowSize) {
+    if (m_pSignalWindow.isNull()) {
+        m_pSignalWindow = CloneableObjPtr<SignalWindow>(new HannWindow(uiWindowSize));
+    }
 }
 
 Cloneable* SpectrumFeature::clone() const {
@@ -69,6 +92,20 @@ bool SpectrumReducedFeature::compute(const Math::DoubleVector& in, Math::DoubleV
         return false;
     }
     out.resize(start + reduceSpectrum(std::span<double>(out).subspan(start), m_uiBandCount));
+    return true;
+}
+
+bool SpectrumReducedFeature::computeWindows(std::span<const Math::DoubleVector> in, std::span<Math::DoubleVector> out) {
+    m_vStarts.clear();
+    for (const Math::DoubleVector& values : out.first(in.size())) {
+        m_vStarts.push_back(values.size());
+    }
+    if (!SpectrumFeature::computeWindows(in, out)) {
+        return false;
+    }
+    for (std::size_t i = 0; i < in.size(); ++i) {
+        out[i].resize(m_vStarts[i] + reduceSpectrum(std::span<double>(out[i]).subspan(m_vStarts[i]), m_uiBandCount));
+    }
     return true;
 }
 

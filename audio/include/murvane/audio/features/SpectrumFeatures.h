@@ -5,6 +5,10 @@
 #include <murvane/core/CloneableObjPtr.h>
 #include <murvane/mathxpr/FunctionAdaptor.h>
 
+#include <cstddef>
+#include <span>
+#include <vector>
+
 /// Spectra of a window of samples.
 ///
 ///     AudioFeature (virtual), Math::Xpr::SignalFeatureFunctionAdaptorImpl
@@ -28,10 +32,16 @@ public:
     /// of the input behind what it held. A length that is not a power of two is reported and transformed all the same.
     bool compute(const Math::DoubleVector& in, Math::DoubleVector& out) override;
 
+    /// Several windows at a time are several times as fast as one by one, with the same values to the bit.
+    bool computeWindows(std::span<const Math::DoubleVector> in, std::span<Math::DoubleVector> out) override;
+
     Cloneable* clone() const override;
 
 private:
+    void makeWindow(std::size_t uiWindowSize);
+
     CloneableObjPtr<SignalWindow> m_pSignalWindow;
+    Math::DoubleVector m_vScratch;  // of computeWindows, storage kept
 };
 
 /// "SPECTRUM100HZ", "SPECTRUM200HZ", "SPECTRUM500HZ": the power spectrum summed into equal bands.
@@ -45,10 +55,13 @@ public:
 
     bool compute(const Math::DoubleVector& in, Math::DoubleVector& out) override;
 
+    bool computeWindows(std::span<const Math::DoubleVector> in, std::span<Math::DoubleVector> out) override;
+
     Cloneable* clone() const override;
 
 private:
     unsigned long long m_uiBandCount;
+    std::vector<std::size_t> m_vStarts;  // of computeWindows: where each window's values begin
 };
 
 }  // namespace Zantrix::Audio
