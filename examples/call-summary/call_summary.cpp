@@ -7,6 +7,9 @@
 
 #include <murvane/audio.h>
 
+#include <log4cplus/configurator.h>
+#include <log4cplus/consoleappender.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -71,11 +74,13 @@ bool addPhase(const std::string& path, const Phase& phase, Summary& summary) {
     config.m_uiWindowOverlapMs = windowMs - 8;
 
     FeatureComputerWithInputsImpl computer;
-    computer.addFeature("SPECTRUM");
-    computer.addFeature("FLATNESS_SPECTRUM");
-    computer.addFeature("ZEROCROSSINGRATE");
+    bool known = computer.addFeature("SPECTRUM") && computer.addFeature("FLATNESS_SPECTRUM") &&
+                 computer.addFeature("ZEROCROSSINGRATE");
     for (const int tone : c_tonesHz) {
-        computer.addFeature(("SPECTRALRANGE(" + std::to_string(tone) + ",16)_SPECTRUM").c_str());
+        known = known && computer.addFeature(("SPECTRALRANGE(" + std::to_string(tone) + ",16)_SPECTRUM").c_str());
+    }
+    if (!known) {
+        return false;
     }
 
     WindowedAudioFileReader reader;
@@ -176,6 +181,13 @@ void print(const std::vector<Summary>& summaries) {
     }
 }
 
+// The library reports to whatever log4cplus was told; a program that tells it nothing gets a complaint of log4cplus.
+void reportWarnings() {
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    root.addAppender(log4cplus::SharedAppenderPtr(new log4cplus::ConsoleAppender(true)));
+    root.setLogLevel(log4cplus::WARN_LOG_LEVEL);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -183,6 +195,7 @@ int main(int argc, char** argv) {
         std::cerr << "usage: call_summary CALL.wav PHASES.csv\n";
         return 2;
     }
+    reportWarnings();
     std::vector<Phase> phases;
     if (!readPhases(argv[2], phases)) {
         std::cerr << "call_summary: " << argv[2] << ": is no list of phases\n";
