@@ -5,7 +5,7 @@ namespace Zantrix::Math {
 bool AmplitudeFeature::compute(const DoubleVector& in, DoubleVector& out) {
     if (&in == &out) {
         const DoubleVector copy(in);
-        return compute(copy, out);
+        return AmplitudeFeature::compute(copy, out);
     }
     out.append(in);
     return true;

@@ -24,7 +24,7 @@ bool RangeFeature::compute(const DoubleVector& in, DoubleVector& out) {
     }
     if (&in == &out) {
         const DoubleVector copy(in);
-        return compute(copy, out);
+        return RangeFeature::compute(copy, out);
     }
     const auto first = in.begin() + static_cast<std::ptrdiff_t>(m_uiStartIndex);
     out.append(first, first + static_cast<std::ptrdiff_t>(m_uiLength));
