@@ -264,8 +264,11 @@ std::span<const DoubleVector> FeatureComputerImpl::inputOf(const Node& node) con
 
 template <class Archive>
 void FeatureComputerImpl::serialize(Archive& archive, unsigned int) {
-    archive& boost::serialization::make_nvp("m_vFeatureNames", m_vFeatureNames);
-    if (Archive::is_loading::value) {
+    // Loaded apart: an archive that turns out to be damaged leaves the computer as it was.
+    StringVector names = m_vFeatureNames;
+    archive& boost::serialization::make_nvp("m_vFeatureNames", names);
+    if constexpr (Archive::is_loading::value) {
+        m_vFeatureNames = std::move(names);
         m_bPlanned = false;
     }
 }
