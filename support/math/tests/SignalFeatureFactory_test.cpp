@@ -111,6 +111,26 @@ TEST(SignalFeatureFactory, RefusesANameWithAMalformedElement) {
     }
 }
 
+TEST(SignalFeatureFactory, RefusesANameOfMoreElementsThanFeaturesMayNest) {
+    MathSignalFeatureFactory factory;
+    std::string name = "AMPLITUDE";
+    for (std::size_t i = 1; i < SignalFeatureFactory::c_uiMaxElements; ++i) {
+        name += "_AMPLITUDE";
+    }
+    const std::unique_ptr<SignalFeature> pFeature(factory.getNewFeature(name.c_str()));
+    ASSERT_NE(pFeature, nullptr);
+    DoubleVector out;
+    EXPECT_TRUE(pFeature->compute({3.0}, out));
+    EXPECT_THAT(out, ElementsAre(3.0));
+    StringVector elements;
+    EXPECT_FALSE(SignalFeatureFactory::splitElements((name + "_AMPLITUDE").c_str(), elements));
+    EXPECT_THAT(elements, IsEmpty());
+    for (int doubling = 0; doubling < 12; ++doubling) {
+        name += '_' + name;
+    }
+    EXPECT_EQ(factory.getNewFeature(name.c_str()), nullptr);
+}
+
 TEST(SignalFeatureFactory, ComposesAWholeNameWithinItself) {
     MathSignalFeatureFactory factory;
     const std::unique_ptr<SignalFeature> pFeature(factory.getNewFeature("SlidingWindow(2)_Mean_Range(1,2)"));
