@@ -22,7 +22,7 @@ const char* SpectrumFeature::sGetXprName() {
 bool SpectrumFeature::compute(const Math::DoubleVector& in, Math::DoubleVector& out) {
     if (&in == &out) {
         const Math::DoubleVector copy(in);
-        return compute(copy, out);
+        return SpectrumFeature::compute(copy, out);
     }
     const std::size_t uiSizeFFT = in.size();
     const std::size_t start = out.size();

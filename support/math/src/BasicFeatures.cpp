@@ -3,6 +3,10 @@
 namespace Zantrix::Math {
 
 bool AmplitudeFeature::compute(const DoubleVector& in, DoubleVector& out) {
+    if (&in == &out) {
+        const DoubleVector copy(in);
+        return AmplitudeFeature::compute(copy, out);
+    }
     out.append(in);
     return true;
 }
@@ -28,7 +32,8 @@ bool TemporalMeanFeature::compute(const DoubleVector& in, DoubleVector& out) {
         return false;
     }
     ++m_uiCount;
-    for (std::size_t i = 0; i < in.size(); ++i) {
+    // Not in.size(): the input grows here when it is the output as well.
+    for (std::size_t i = 0; i < m_vSum.size(); ++i) {
         m_vSum[i] += in[i];
         out.push_back(m_vSum[i] / static_cast<double>(m_uiCount));
     }

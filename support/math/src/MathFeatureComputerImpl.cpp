@@ -31,7 +31,8 @@ const Logger& logger() {
     return logger;
 }
 
-// Names that differ only in case or in blanks around parameters are one tail.
+// Names that differ only in case or in blanks around parameters are one tail. The parentheses stay: parameters may
+// contain an underscore.
 std::string canonicalTail(std::span<const std::string> elements) {
     std::string tail;
     std::string base;
@@ -39,10 +40,11 @@ std::string canonicalTail(std::span<const std::string> elements) {
     for (const std::string& element : elements) {
         SignalFeatureFactory::splitParams(element.c_str(), base, params);
         std::transform(base.begin(), base.end(), base.begin(), [](unsigned char c) { return std::toupper(c); });
-        tail += '_' + base;
+        tail += '_' + base + '(';
         for (const std::string& param : params) {
-            tail += ',' + param;
+            tail += param + ',';
         }
+        tail += ')';
     }
     return tail;
 }
@@ -83,15 +85,20 @@ bool FeatureComputerImpl::configure(const ROConfiguration& config) {
                      " in configuration");
         return false;
     }
-    const StringVector previous = std::exchange(m_vFeatureNames, {});
-    plan();
+    // The plan in use is set aside whole: after a refused name it goes on where it was, memories included.
+    StringVector previousNames = std::exchange(m_vFeatureNames, {});
+    std::vector<Node> previousNodes = std::exchange(m_vNodes, {});
+    std::vector<std::size_t> previousResults = std::exchange(m_vResults, {});
+    const bool wasPlanned = std::exchange(m_bPlanned, true);
     std::istringstream names(list);
     for (std::string name; names >> name;) {
         if (!addFeature(name.c_str())) {
             logger().log(LogLevel::Error, c_szSource, __LINE__, "Unknown feature ", name, " in parameter ",
                          c_szFeaturesListKey);
-            m_vFeatureNames = previous;
-            m_bPlanned = false;
+            m_vFeatureNames = std::move(previousNames);
+            m_vNodes = std::move(previousNodes);
+            m_vResults = std::move(previousResults);
+            m_bPlanned = wasPlanned;
             return false;
         }
     }
@@ -128,8 +135,9 @@ bool FeatureComputerImpl::computeFeatures(std::span<DoubleVector> out) {
     }
     for (const std::size_t result : m_vResults) {
         const Node& node = m_vNodes[result];
-        const std::span<const DoubleVector> values = node.pFeature == nullptr ? inputOf(node) : std::span(node.values);
-        if (values.size() < out.size()) {
+        const std::span<const DoubleVector> values =
+            node.pFeature == nullptr ? inputOf(node) : std::span(node.values).first(out.size());
+        if (values.size() != out.size()) {
             for (DoubleVector& window : out) {
                 window.clear();
             }
@@ -163,10 +171,12 @@ bool FeatureComputerImpl::bindInput(const char* name, std::span<const DoubleVect
         return true;
     }
     m_vInputs.push_back({name, windows});
-    // A last element that was a feature so far may be this input from now on.
-    const std::string leaf = canonicalTail(std::span<const std::string>(&m_vInputs.back().name, 1));
-    if (std::any_of(m_vNodes.begin(), m_vNodes.end(), [&](const Node& node) { return node.tail == leaf; })) {
-        m_bPlanned = false;
+    // A last element that was a feature so far is this input from now on.
+    StringVector elements;
+    for (const std::string& featureName : m_vFeatureNames) {
+        if (SignalFeatureFactory::splitElements(featureName.c_str(), elements) && elements.back() == name) {
+            m_bPlanned = false;
+        }
     }
     return true;
 }
@@ -254,8 +264,11 @@ std::span<const DoubleVector> FeatureComputerImpl::inputOf(const Node& node) con
 
 template <class Archive>
 void FeatureComputerImpl::serialize(Archive& archive, unsigned int) {
-    archive& boost::serialization::make_nvp("m_vFeatureNames", m_vFeatureNames);
-    if (Archive::is_loading::value) {
+    // Loaded apart: an archive that turns out to be damaged leaves the computer as it was.
+    StringVector names = m_vFeatureNames;
+    archive& boost::serialization::make_nvp("m_vFeatureNames", names);
+    if constexpr (Archive::is_loading::value) {
+        m_vFeatureNames = std::move(names);
         m_bPlanned = false;
     }
 }

@@ -22,6 +22,10 @@ bool RangeFeature::compute(const DoubleVector& in, DoubleVector& out) {
     if (m_uiLength > in.size() || m_uiStartIndex > in.size() - m_uiLength) {
         return false;
     }
+    if (&in == &out) {
+        const DoubleVector copy(in);
+        return RangeFeature::compute(copy, out);
+    }
     const auto first = in.begin() + static_cast<std::ptrdiff_t>(m_uiStartIndex);
     out.append(first, first + static_cast<std::ptrdiff_t>(m_uiLength));
     return true;

@@ -1,5 +1,7 @@
 #include <murvane/math/SignalFeatureComposed.h>
 
+#include <memory>
+
 namespace Zantrix::Math {
 
 namespace {
@@ -26,7 +28,8 @@ bool SignalFeatureComposed::reset() {
 }
 
 Cloneable* SignalFeatureComposed::clone() const {
-    return new SignalFeatureComposed(*this);
+    auto pCopy = std::make_unique<SignalFeatureComposed>(*this);
+    return pCopy->m_pOuter && pCopy->m_pInner ? pCopy.release() : nullptr;
 }
 
 SignalFeature* composeFeatures(const StringVector& elements,

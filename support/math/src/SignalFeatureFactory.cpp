@@ -84,7 +84,7 @@ bool SignalFeatureFactory::splitElements(const char* name, StringVector& element
             continue;
         }
         std::string element(text.substr(start, i - start));
-        if (!splitParams(element.c_str(), base, params)) {
+        if (elements.size() == c_uiMaxElements || !splitParams(element.c_str(), base, params)) {
             elements.clear();
             return false;
         }

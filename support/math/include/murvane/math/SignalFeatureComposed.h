@@ -20,7 +20,8 @@ public:
     /// Resets whichever of the two has a memory; true unless one of them could not.
     bool reset() override;
 
-    /// A copy with clones of both features, memories included.
+    /// A copy with clones of both features, memories included; null, after an assertion record, when one of them
+    /// cannot be cloned.
     Cloneable* clone() const override;
 
 private:

@@ -4,6 +4,7 @@
 #include <murvane/core/StringVector.h>
 #include <murvane/math/SignalFeature.h>
 
+#include <cstddef>
 #include <string>
 
 namespace Zantrix::Math {
@@ -16,10 +17,13 @@ namespace Zantrix::Math {
 ///
 /// "TemporalMean_Mean_Amplitude" is the temporal mean of the mean of the amplitude. Blanks at a parameter's ends are
 /// dropped, and "X()" is "X". Anything else is malformed: null, "", an empty element, unbalanced parentheses, text
-/// behind a ")", an empty parameter.
+/// behind a ")", an empty parameter, and more than `c_uiMaxElements` elements.
 class MURVANE_API SignalFeatureFactory : public virtual Object {
 public:
     MURVANE_MEM_ACCOUNT("SignalFeatureFactory")
+
+    /// How many elements a name may have: features nest as deep, so that a name without end would exhaust the stack.
+    static constexpr std::size_t c_uiMaxElements = 256;
 
     /// The factory's own name; a pool holds one factory of each name.
     virtual const char* getFactoryName() const = 0;

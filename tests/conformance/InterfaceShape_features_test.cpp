@@ -1,0 +1,143 @@
+#include <murvane/audio/computation/AudioFeatureComputerImpl.h>
+#include <murvane/audio/features/AudioFeatureFactory.h>
+#include <murvane/audio/features/AudioFeatureImpl.h>
+#include <murvane/audio/features/SpectrumFeatures.h>
+#include <murvane/audio/features/ZeroCrossingFeatures.h>
+#include <murvane/math/BasicFeatures.h>
+#include <murvane/math/RangeFeature.h>
+#include <murvane/math/SignalFeatureComposed.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <type_traits>
+
+using namespace Zantrix;
+using namespace Zantrix::Audio;
+using Math::SignalFeature;
+using Math::SignalFeatureWithMemory;
+using Math::SignalFeatureWithParameters;
+using Math::Xpr::FunctionAdaptor;
+using Math::Xpr::SignalFeatureFunctionAdaptorImpl;
+
+namespace {
+
+/// D has exactly one B, and it can be reached.
+template <class D, class B>
+constexpr bool hasOne = std::is_base_of_v<B, D>&& std::is_convertible_v<D*, B*>;
+
+template <class D, class B>
+constexpr bool hasNo = !std::is_base_of_v<B, D>;
+
+/// D has exactly one B, by virtual inheritance somewhere on the way: no cast leads back from such a base.
+template <class D, class B>
+constexpr bool hasOneVirtual = hasOne<D, B> && !requires(B * base) {
+    static_cast<D*>(base);
+};
+
+/// D has exactly one B and every step on the way to it is ordinary inheritance.
+template <class D, class B>
+constexpr bool hasOneOrdinary = hasOne<D, B>&& requires(B* base) {
+    static_cast<D*>(base);
+};
+
+/// What every interface is: the bases shared, and no state.
+template <class I>
+constexpr bool isInterface = std::is_abstract_v<I>&& hasOneVirtual<I, Object> && sizeof(I) <= 2 * sizeof(void*);
+
+template <class F>
+constexpr bool isFeature = hasOneVirtual<F, SignalFeature>&& hasOneVirtual<F, Cloneable>&& hasOneVirtual<F, Object>&&
+                               std::has_virtual_destructor_v<F> &&
+                           !std::is_abstract_v<F> && std::is_copy_constructible_v<F> && std::is_copy_assignable_v<F>;
+
+template <class F>
+constexpr bool isAudioFeature = isFeature<F>&& hasOne<F, AudioFeature>;
+
+/// The interfaces that only some features have.
+template <class F>
+constexpr bool isPlain = hasNo<F, Resettable>&& hasNo<F, SignalFeatureWithParameters>&& hasNo<F, FunctionAdaptor>;
+
+// The interfaces.
+static_assert(isInterface<SignalFeature> && hasOneVirtual<SignalFeature, Cloneable>);
+static_assert(isInterface<SignalFeatureWithParameters> && hasOneVirtual<SignalFeatureWithParameters, SignalFeature> &&
+              hasNo<SignalFeatureWithParameters, Resettable>);
+static_assert(hasOneVirtual<SignalFeatureWithMemory, SignalFeature> &&
+              hasOneVirtual<SignalFeatureWithMemory, Resettable> && std::is_abstract_v<SignalFeatureWithMemory>);
+static_assert(hasOneVirtual<SignalFeatureFunctionAdaptorImpl, SignalFeature> &&
+              hasOne<SignalFeatureFunctionAdaptorImpl, Math::Xpr::SingleVariableFunctionImpl> &&
+              hasOne<SignalFeatureFunctionAdaptorImpl, FunctionAdaptor>);
+static_assert(std::is_abstract_v<AudioFeature> && hasOneVirtual<AudioFeature, SignalFeature> &&
+              hasNo<AudioFeature, SignalFeatureWithParameters> && hasNo<AudioFeature, Resettable>);
+static_assert(std::is_same_v<std::underlying_type_t<AudioFeature::FeatureType>, unsigned>);
+
+// Spectra.
+static_assert(isAudioFeature<SpectrumFeature> && hasOneVirtual<SpectrumFeature, AudioFeature> &&
+              hasOneOrdinary<SpectrumFeature, SignalFeatureFunctionAdaptorImpl> && hasNo<SpectrumFeature, Resettable> &&
+              hasNo<SpectrumFeature, SignalFeatureWithParameters>);
+static_assert(isAudioFeature<SpectrumReducedFeature> && hasOneOrdinary<SpectrumReducedFeature, SpectrumFeature> &&
+              hasOneVirtual<SpectrumReducedFeature, AudioFeature> && hasNo<SpectrumReducedFeature, Resettable> &&
+              !std::is_default_constructible_v<SpectrumReducedFeature>);
+
+// Zero crossing and clipping.
+static_assert(isAudioFeature<ZeroCrossingRateFeature> && hasOneOrdinary<ZeroCrossingRateFeature, AudioFeature> &&
+              hasOneVirtual<ZeroCrossingRateFeature, SignalFeatureWithParameters> &&
+              hasNo<ZeroCrossingRateFeature, Resettable> && hasNo<ZeroCrossingRateFeature, FunctionAdaptor>);
+static_assert(isAudioFeature<ClippingRateFeature> && hasOneOrdinary<ClippingRateFeature, AudioFeature> &&
+              isPlain<ClippingRateFeature> && !std::is_default_constructible_v<ClippingRateFeature>);
+
+// The mathematics library's own features.
+static_assert(isFeature<Math::AmplitudeFeature> && isPlain<Math::AmplitudeFeature>);
+static_assert(isFeature<Math::MeanFeature> && isPlain<Math::MeanFeature>);
+static_assert(isFeature<Math::TemporalMeanFeature> && hasOne<Math::TemporalMeanFeature, SignalFeatureWithMemory>);
+static_assert(isFeature<Math::SlidingWindowFeature> && hasOne<Math::SlidingWindowFeature, SignalFeatureWithMemory>);
+static_assert(isFeature<Math::RangeFeature> && hasOne<Math::RangeFeature, SignalFeatureWithParameters> &&
+              hasNo<Math::RangeFeature, Resettable>);
+static_assert(isFeature<Math::SignalFeatureComposed> && hasOne<Math::SignalFeatureComposed, SignalFeatureWithMemory>);
+
+// Factories.
+static_assert(hasOneOrdinary<AudioFeatureFactory, Math::SignalFeatureFactory> &&
+              std::is_default_constructible_v<AudioFeatureFactory> &&
+              std::is_copy_constructible_v<AudioFeatureFactory> && std::is_copy_assignable_v<AudioFeatureFactory> &&
+              std::has_virtual_destructor_v<AudioFeatureFactory>);
+static_assert(sizeof(AudioFeatureFactory) == sizeof(Math::SignalFeatureFactory));
+
+// Computers.
+template <class C>
+constexpr bool isComputer =
+    hasOneVirtual<C, Math::FeatureComputer>&& hasOneVirtual<C, Resettable>&& hasOneVirtual<C, Cloneable>&&
+        hasOneVirtual<C, Object>&& std::has_virtual_destructor_v<C> &&
+    !std::is_copy_constructible_v<C>;
+
+static_assert(isComputer<Math::FeatureComputerImpl> && std::is_abstract_v<Math::FeatureComputerImpl>);
+static_assert(isComputer<FeatureComputerImpl> && std::is_abstract_v<FeatureComputerImpl> &&
+              hasOne<FeatureComputerImpl, Math::FeatureComputerImpl> &&
+              hasNo<FeatureComputerImpl, Math::FeatureComputerWithInputs>);
+static_assert(isComputer<FeatureComputerWithInputsImpl> && !std::is_abstract_v<FeatureComputerWithInputsImpl> &&
+              hasOneOrdinary<FeatureComputerWithInputsImpl, Math::FeatureComputerWithInputsImpl> &&
+              hasOneVirtual<FeatureComputerWithInputsImpl, Math::FeatureComputerImpl> &&
+              hasOne<FeatureComputerWithInputsImpl, Math::FeatureComputerWithInputs>);
+static_assert(std::is_default_constructible_v<FeatureComputerWithInputsImpl>);
+
+// What the traits above say of a second, separate base must be true of objects as well.
+TEST(InterfaceShape, AnExpressionFunctionIsOneFeatureWhicheverBaseLeadsThere) {
+    SpectrumReducedFeature feature(8);
+    SignalFeature* const pDirect = &feature;
+    AudioFeature* const pAudio = &feature;
+    SignalFeatureFunctionAdaptorImpl* const pAdaptor = &feature;
+    EXPECT_EQ(static_cast<SignalFeature*>(pAudio), pDirect);
+    EXPECT_EQ(static_cast<SignalFeature*>(pAdaptor), pDirect);
+    EXPECT_EQ(dynamic_cast<void*>(pDirect), static_cast<void*>(&feature));
+    EXPECT_EQ(dynamic_cast<FunctionAdaptor*>(pDirect), static_cast<FunctionAdaptor*>(pAdaptor));
+}
+
+TEST(InterfaceShape, AFeatureWithParametersIsOneFeatureWhicheverBaseLeadsThere) {
+    ZeroCrossingRateFeature feature;
+    SignalFeature* const pDirect = &feature;
+    SignalFeatureWithParameters* const pParameters = &feature;
+    AudioFeature* const pAudio = &feature;
+    EXPECT_EQ(static_cast<SignalFeature*>(pParameters), pDirect);
+    EXPECT_EQ(static_cast<SignalFeature*>(pAudio), pDirect);
+    EXPECT_EQ(dynamic_cast<SignalFeatureWithParameters*>(pDirect), pParameters);
+}
+
+}  // namespace
