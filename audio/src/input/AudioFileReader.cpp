@@ -52,6 +52,7 @@ bool AudioFileReader::setSourceAudioFile(const char* path) {
     const std::string name = textOf(path);
     m_strFileName.clear();
     m_bAtEnd = false;
+    m_vReadBuffer.clear();
     m_pSndFile.reset();
 
     SF_INFO info{};
