@@ -29,6 +29,24 @@ SF_FORMAT_INFO formatInfo(int format) {
     return info;
 }
 
+// Whether the samples are 16-bit numbers and nothing more. Not so in every container that says so: a sample dump packs
+// 21 bits of each, whatever its encoding.
+bool isPlain16Bit(int format) {
+    if ((format & SF_FORMAT_SUBMASK) != SF_FORMAT_PCM_16) {
+        return false;
+    }
+    switch (format & SF_FORMAT_TYPEMASK) {
+        case SF_FORMAT_WAV:
+        case SF_FORMAT_WAVEX:
+        case SF_FORMAT_AIFF:
+        case SF_FORMAT_AU:
+        case SF_FORMAT_FLAC:
+            return true;
+        default:
+            return false;
+    }
+}
+
 const char* textOf(const char* text) {
     return text == nullptr ? "" : text;
 }
@@ -52,6 +70,7 @@ bool AudioFileReader::setSourceAudioFile(const char* path) {
     const std::string name = textOf(path);
     m_strFileName.clear();
     m_bAtEnd = false;
+    m_vReadBuffer.clear();
     m_pSndFile.reset();
 
     SF_INFO info{};
@@ -108,7 +127,7 @@ bool AudioFileReader::getNextLinearFrames(Math::DoubleVector& out) {
 // Fills the buffer as far as the file reaches and tells how far that is.
 std::size_t AudioFileReader::readChunk() {
     const auto wanted = static_cast<sf_count_t>(m_vReadBuffer.size());
-    if ((m_iFormat & c_iSubtypeMask) != SF_FORMAT_PCM_16) {
+    if (!isPlain16Bit(m_iFormat)) {
         return static_cast<std::size_t>(sf_read_double(m_pSndFile.get(), m_vReadBuffer.data(), wanted));
     }
     // The commonest encoding, read as it stands and scaled here: the same samples to the bit, three times as fast.
