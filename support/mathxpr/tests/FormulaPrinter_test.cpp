@@ -89,7 +89,7 @@ private:
             node.operands.push_back(append(tree, depth - 1));
         }
         for (std::uint64_t i = below(4); i > 0; --i) {
-            ParameterValue value{"p" + std::to_string(i) + identifier(), text()};
+            ParameterValue value{identifier() + std::to_string(i), text()};
             if (below(2) == 0) {
                 value.value = below(2) == 0 ? number() : -number();
             }

@@ -17,9 +17,9 @@ bool add(const char* name) {
 }
 
 const bool g_bRegistered = [] {
-    return add<DoubledFeature>("doubled") & add<XprMean>("mean") & add<XprTemporalMean>("temporalMean") &
-           add<XprPrevious>("previous") & add<XprRange>("range") & add<XprScaled>("scaled") &
-           add<XprMaximum>("maximum") & add<XprPicky>("picky");
+    return add<DoubledFeature>("doubled") && add<XprMean>("mean") && add<XprTemporalMean>("temporalMean") &&
+           add<XprPrevious>("previous") && add<XprRange>("range") && add<XprScaled>("scaled") &&
+           add<XprMaximum>("maximum") && add<XprPicky>("picky");
 }();
 
 }  // namespace
