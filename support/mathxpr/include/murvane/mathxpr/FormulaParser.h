@@ -12,7 +12,7 @@ namespace Zantrix::Math::Xpr {
 inline constexpr std::size_t c_uiMaxFormulaDepth = 200;
 
 /// How long a formula may be, in bytes.
-inline constexpr std::size_t c_uiMaxFormulaSize = 64 * 1024;
+inline constexpr std::size_t c_uiMaxFormulaSize = std::size_t{64} * 1024;
 
 /// Takes a formula apart.
 ///
