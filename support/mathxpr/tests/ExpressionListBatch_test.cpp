@@ -1,10 +1,11 @@
-#include "AllocationCounter.h"
 #include "TestFunctions.h"
 
 #include <murvane/mathxpr/ExpressionList.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <testkit/AllocationCounter.h>
 
 namespace {
 
@@ -102,13 +103,13 @@ TEST(ExpressionList, AllocatesNothingAfterTheFirstBatch) {
     add(list, "b", "range(doubled(x), startIndex=3, length=20)");
     add(list, "c", "maximum(x, -x)");
     ASSERT_TRUE(list.evaluate(x, out));
-    const std::size_t before = countAllocations();
+    const testkit::AllocationCounter allocations;
     for (int i = 0; i < 10; ++i) {
         list.evaluate(x, out);
         list.evaluate(Windows(x).first(3), std::span(out).first(3));
         list.evaluate(x[0], out[0]);
     }
-    EXPECT_EQ(countAllocations(), before);
+    EXPECT_EQ(allocations.count(), 0u);
 }
 
 }  // namespace
