@@ -1,0 +1,101 @@
+#include "FormulaLexer.h"
+
+#include <murvane/mathxpr/FormulaError.h>
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+namespace Zantrix::Math::Xpr {
+
+namespace {
+
+// Not those of <cctype>: what a formula means must not depend on the locale.
+constexpr bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+constexpr bool startsIdentifier(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+
+constexpr bool continuesIdentifier(char c) {
+    return startsIdentifier(c) || isDigit(c);
+}
+
+constexpr bool isControl(char c) {
+    return (c >= '\0' && c < ' ') || c == '\x7f';
+}
+
+std::string describeByte(char c) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    if (c > ' ' && c <= '~') {
+        return {'"', c, '"'};
+    }
+    const auto byte = static_cast<unsigned char>(c);
+    return {'b', 'y', 't', 'e', ' ', '0', 'x', digits[byte >> 4], digits[byte & 15]};
+}
+
+}  // namespace
+
+bool isIdentifier(std::string_view text) {
+    return !text.empty() && startsIdentifier(text.front()) &&
+           std::all_of(text.begin(), text.end(), continuesIdentifier);
+}
+
+Token FormulaLexer::next() {
+    m_szPosition = std::min(m_strFormula.find_first_not_of(" \t\r\n", m_szPosition), m_strFormula.size());
+    if (m_szPosition == m_strFormula.size()) {
+        return {Token::Kind::End, {}, 0.0, m_szPosition, {}};
+    }
+    const std::string_view rest = m_strFormula.substr(m_szPosition);
+    const char first = rest.front();
+    if (startsIdentifier(first)) {
+        const auto end = std::find_if_not(rest.begin(), rest.end(), continuesIdentifier);
+        const std::string_view name = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
+        return {Token::Kind::Identifier, name, 0.0, std::exchange(m_szPosition, m_szPosition + name.size()), {}};
+    }
+    if (isDigit(first) || (first == '.' && rest.size() > 1 && isDigit(rest[1]))) {
+        return number();
+    }
+    if (first == '"') {
+        return text();
+    }
+    if (std::string_view("+-*/(),=").find(first) != std::string_view::npos) {
+        return {Token::Kind::Symbol, rest.substr(0, 1), 0.0, m_szPosition++, {}};
+    }
+    return bad(m_szPosition, "unexpected " + describeByte(first));
+}
+
+Token FormulaLexer::number() {
+    const std::string_view rest = m_strFormula.substr(m_szPosition);
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
+    const std::string_view digits = rest.substr(0, static_cast<std::size_t>(end - rest.data()));
+    if (error != std::errc()) {
+        return bad(m_szPosition, "the number " + excerpt(digits) + " is out of range");
+    }
+    return {Token::Kind::Number, digits, value, std::exchange(m_szPosition, m_szPosition + digits.size()), {}};
+}
+
+Token FormulaLexer::text() {
+    const std::size_t begin = m_szPosition + 1;
+    const auto closing = std::find_if(m_strFormula.begin() + static_cast<std::ptrdiff_t>(begin), m_strFormula.end(),
+                                      [](char c) { return c == '"' || isControl(c); });
+    const auto end = static_cast<std::size_t>(closing - m_strFormula.begin());
+    if (end == m_strFormula.size()) {
+        return bad(m_szPosition, "the text that begins here lacks its closing \"");
+    }
+    if (m_strFormula[end] != '"') {
+        return bad(end, "unexpected " + describeByte(m_strFormula[end]) + " in a text");
+    }
+    const std::string_view content = m_strFormula.substr(begin, end - begin);
+    return {Token::Kind::Text, content, 0.0, std::exchange(m_szPosition, end + 1), {}};
+}
+
+Token FormulaLexer::bad(std::size_t offset, std::string problem) {
+    m_szPosition = m_strFormula.size();
+    return {Token::Kind::Bad, {}, 0.0, offset, std::move(problem)};
+}
+
+}  // namespace Zantrix::Math::Xpr
