@@ -311,7 +311,7 @@ TEST(Spectrum, TellsItsNames) {
     const Math::Xpr::FunctionAdaptor& function = feature;
     EXPECT_STREQ(function.getFunctionName(), "spectrum");
     EXPECT_EQ(function.getArgumentNames().size(), 1u);
-    EXPECT_THAT(function.getParameterNames(), IsEmpty());
+    EXPECT_TRUE(function.getParameters().empty());
     EXPECT_STREQ(SpectrumFeature::getMemAccountName(), "FunctionAdaptor");
 }
 

@@ -28,6 +28,20 @@ MemAccount& MemAccount::named(const char* name) {
     return *pAccount;
 }
 
+// Neither is inline: a compiler that sees through one operator of a pair but not the other takes them for mismatched.
+void* MemAccount::allocate(std::size_t size) {
+    void* memory = ::operator new(size);
+    m_iLive.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+
+void MemAccount::deallocate(void* memory, std::size_t) noexcept {
+    if (memory != nullptr) {
+        m_iLive.fetch_sub(1, std::memory_order_relaxed);
+        ::operator delete(memory);
+    }
+}
+
 std::map<std::string, std::int64_t> MemAccount::snapshot() {
     const std::lock_guard lock(accounts().mutex);
     std::map<std::string, std::int64_t> live;

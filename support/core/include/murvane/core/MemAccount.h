@@ -26,19 +26,10 @@ public:
     MemAccount& operator=(const MemAccount&) = delete;
 
     /// @throws std::bad_alloc
-    void* allocate(std::size_t size) {
-        void* memory = ::operator new(size);
-        m_iLive.fetch_add(1, std::memory_order_relaxed);
-        return memory;
-    }
+    void* allocate(std::size_t size);
 
     /// Returns memory of this account; null is ignored. The size, where the caller knows it, may be passed along.
-    void deallocate(void* memory, [[maybe_unused]] std::size_t size = 0) noexcept {
-        if (memory != nullptr) {
-            m_iLive.fetch_sub(1, std::memory_order_relaxed);
-            ::operator delete(memory);
-        }
-    }
+    void deallocate(void* memory, std::size_t size = 0) noexcept;
 
     /// Allocations not yet returned.
     std::int64_t live() const { return m_iLive.load(std::memory_order_relaxed); }
