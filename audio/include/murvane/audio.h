@@ -11,6 +11,14 @@
 #include <murvane/audio/computation/AudioFeatureComputerImpl.h>
 #include <murvane/audio/features/AudioFeatureFactory.h>
 #include <murvane/audio/features/AudioFeatureImpl.h>
+#include <murvane/audio/features/EnergyFeatures.h>
+#include <murvane/audio/features/HarmonicProductFeatures.h>
+#include <murvane/audio/features/LowFreqEnergyRatioFeatures.h>
+#include <murvane/audio/features/NeighbourhoodFeatures.h>
+#include <murvane/audio/features/PeakFeatures.h>
+#include <murvane/audio/features/SilenceRatioFeatures.h>
+#include <murvane/audio/features/SpectralRangeFeatures.h>
+#include <murvane/audio/features/SpectralShapeFeatures.h>
 #include <murvane/audio/features/SpectrumFeatures.h>
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
 #include <murvane/audio/input/AudioFileReader.h>

@@ -1,7 +1,16 @@
 #include "FeatureCatalogue.h"
 
+#include <murvane/audio/features/HarmonicProductFeatures.h>
+#include <murvane/audio/features/LowFreqEnergyRatioFeatures.h>
+#include <murvane/audio/features/NeighbourhoodFeatures.h>
+#include <murvane/audio/features/PeakFeatures.h>
+#include <murvane/audio/features/SilenceRatioFeatures.h>
+#include <murvane/audio/features/SpectralRangeFeatures.h>
+#include <murvane/audio/features/SpectralShapeFeatures.h>
 #include <murvane/audio/features/SpectrumFeatures.h>
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
+
+#include <memory>
 
 namespace Zantrix::Audio {
 
@@ -10,7 +19,7 @@ namespace {
 using Feature = Math::SignalFeature;
 using Parameters = std::span<const std::uint64_t>;
 
-// The four types without a builder are constructed directly where they are needed, and a name is not enough to do so.
+// Types without a builder are constructed directly where they are needed, or as expression functions.
 constexpr auto c_notBuilt = nullptr;
 
 template <class F>
@@ -18,13 +27,25 @@ Feature* build(Parameters) {
     return new F;
 }
 
-template <class F, auto Argument>
+template <class F, auto... Arguments>
 Feature* buildWith(Parameters) {
-    return new F(Argument);
+    return new F(Arguments...);
 }
 
 Feature* buildZeroCrossingRate(Parameters parameters) {
     return parameters.empty() ? new ZeroCrossingRateFeature : new ZeroCrossingRateFeature(parameters[0]);
+}
+
+Feature* buildSpectralRange(Parameters parameters) {
+    return parameters.empty() ? new SpectralRangeFeature : new SpectralRangeFeature(parameters[0], parameters[1]);
+}
+
+Feature* buildMaxSpectralRanges(Parameters parameters) {
+    auto pFeature = std::make_unique<MaxSpectralRangesFeature>();
+    for (const std::uint64_t centreHz : parameters) {
+        pFeature->addSpectralRange(centreHz, MaxSpectralRangesFeature::c_uiListedWidthHz);
+    }
+    return pFeature.release();
 }
 
 constexpr std::array<CatalogueEntry, c_uiNbOfFeatureTypes> makeCatalogue() {
@@ -38,26 +59,29 @@ constexpr std::array<CatalogueEntry, c_uiNbOfFeatureTypes> makeCatalogue() {
         {SPECTRUM100HZ, "SPECTRUM100HZ", "spectrum100hz", None, buildWith<SpectrumReducedFeature, 40>},
         {SPECTRUM200HZ, "SPECTRUM200HZ", "spectrum200hz", None, buildWith<SpectrumReducedFeature, 20>},
         {SPECTRUM500HZ, "SPECTRUM500HZ", "spectrum500hz", None, buildWith<SpectrumReducedFeature, 8>},
-        {FLATNESS, "FLATNESS", "flatness", None, c_notBuilt},
-        {SPECTRALRANGE, "SPECTRALRANGE", "spectralrange", NoneOrTwo, c_notBuilt},
-        {MAXSPECTRALRANGES, "MAXSPECTRALRANGES", "maxspectralranges", AtLeastOne, c_notBuilt},
-        {OLDHARMONICPRODUCT, "OLDHARMONICPRODUCT", "oldharmonicproduct", None, c_notBuilt},
-        {HARMONICPRODUCT, "HARMONICPRODUCT", "harmonicproduct", None, c_notBuilt},
-        {ROBUSTHARMONICPRODUCT, "ROBUSTHARMONICPRODUCT", "robustharmonicproduct", None, c_notBuilt},
-        {ANTIHARMONICPRODUCT, "ANTIHARMONICPRODUCT", "antiharmonicproduct", None, c_notBuilt},
+        {FLATNESS, "FLATNESS", "flatness", None, build<FlatnessFeature>},
+        {SPECTRALRANGE, "SPECTRALRANGE", "spectralrange", NoneOrTwo, buildSpectralRange},
+        {MAXSPECTRALRANGES, "MAXSPECTRALRANGES", "maxspectralranges", AtLeastOne, buildMaxSpectralRanges},
+        {OLDHARMONICPRODUCT, "OLDHARMONICPRODUCT", "oldharmonicproduct", None, build<OldHarmonicProductFeature>},
+        {HARMONICPRODUCT, "HARMONICPRODUCT", "harmonicproduct", None, build<HarmonicProductFeature>},
+        {ROBUSTHARMONICPRODUCT, "ROBUSTHARMONICPRODUCT", "robustharmonicproduct", None,
+         build<RobustHarmonicProductFeature>},
+        {ANTIHARMONICPRODUCT, "ANTIHARMONICPRODUCT", "antiharmonicproduct", None, build<AntiHarmonicProductFeature>},
         {SPECTRALSLOPE, "SPECTRALSLOPE", "spectralslope", None, c_notBuilt},
-        {SPECTRALWEIGHTEDAREA, "SPECTRALWEIGHTEDAREA", "spectralweightedarea", None, c_notBuilt},
-        {SILENCERATIO, "SILENCERATIO", "silenceratio", None, c_notBuilt},
-        {NOISERATIO, "NOISERATIO", "noiseratio", None, c_notBuilt},
-        {AMPLITUDEDISTRIBUTION, "AMPLITUDEDISTRIBUTION", "amplitudedistribution", None, c_notBuilt},
+        {SPECTRALWEIGHTEDAREA, "SPECTRALWEIGHTEDAREA", "spectralweightedarea", None,
+         buildWith<SpectralWeightedAreaFeature, 8000, 500, 1500>},
+        {SILENCERATIO, "SILENCERATIO", "silenceratio", None, buildWith<SilenceRatioFeature, 50>},
+        {NOISERATIO, "NOISERATIO", "noiseratio", None, buildWith<SilenceRatioFeature, 10>},
+        {AMPLITUDEDISTRIBUTION, "AMPLITUDEDISTRIBUTION", "amplitudedistribution", None,
+         buildWith<RatiosFeature, false>},
         {TEMPORALAMPLITUDEDISTRIBUTION, "TEMPORALAMPLITUDEDISTRIBUTION", "temporalamplitudedistribution", None,
-         c_notBuilt},
-        {PEAKS, "PEAKS", "peaks", None, c_notBuilt},
+         buildWith<RatiosFeature, true>},
+        {PEAKS, "PEAKS", "peaks", None, build<PeaksFeature>},
         {NONLOGPEAKS, nullptr, nullptr, None, c_notBuilt},
-        {NEIGHBOURHOODOFMAX, "NEIGHBOURHOODOFMAX", "neighbourhoodofmax", None, c_notBuilt},
-        {LOWFREQENERGYRATIO, "LOWFREQENERGYRATIO", "lowfreqenergyratio", None, c_notBuilt},
-        {LOWFREQENERGYRATIOS, "LOWFREQENERGYRATIOS", "lowfreqenergyratios", None, c_notBuilt},
-        {DELTATOSLIDINGMEAN, "DELTATOSLIDINGMEAN", "deltatoslidingmean", None, c_notBuilt},
+        {NEIGHBOURHOODOFMAX, "NEIGHBOURHOODOFMAX", "neighbourhoodofmax", None, build<MaxNeighbourhoodFeature>},
+        {LOWFREQENERGYRATIO, "LOWFREQENERGYRATIO", "lowfreqenergyratio", None, build<LowFreqEnergyRatioFeature>},
+        {LOWFREQENERGYRATIOS, "LOWFREQENERGYRATIOS", "lowfreqenergyratios", None, build<LowFreqEnergyRatiosFeature>},
+        {DELTATOSLIDINGMEAN, "DELTATOSLIDINGMEAN", "deltatoslidingmean", None, build<DeltaToSlidingMeanFeature>},
         {MYFEATURE, "MYFEATURE", "myfeature", None, c_notBuilt},
     }};
 }

@@ -25,6 +25,10 @@ const char* ZeroCrossingRateFeature::getName() {
     return getFeatureTypeString(ZEROCROSSINGRATE);
 }
 
+const char* ZeroCrossingRateFeature::sGetXprName() {
+    return "zeroCrossingRate";
+}
+
 bool ZeroCrossingRateFeature::configure(const ROConfiguration& config) {
     const TraceScope scope(featureLogger(), "ZeroCrossingRateFeature::configure", c_szFeatureSource, __LINE__);
 

@@ -25,6 +25,7 @@ public:
     explicit ZeroCrossingRateFeature(unsigned long long sampleRate);
 
     static const char* getName();
+    static const char* sGetXprName();
 
     /// Reads "signalfeature.SampleRate"; false, after an ERROR record and with nothing changed, when it is absent or
     /// not positive.
