@@ -112,8 +112,8 @@ void Diagnostics::warning(const std::string& message) {
 }
 
 void Diagnostics::beginInput(const std::string& name) {
-    m_strInput = name;
-    log4cplus::getNDC().push(name);
+    m_strInput = name.empty() ? "''" : name;
+    log4cplus::getNDC().push(m_strInput);
 }
 
 void Diagnostics::endInput() {

@@ -24,13 +24,17 @@ constexpr const char* c_szUsage =
     "Tells format, rate, duration and clipping of mono audio files.\n";
 
 constexpr const char* c_szHelpRest =
-    "A sample is clipped when its magnitude reaches the clipping value of the file's encoding. Files are read to\n"
-    "their ends; one that cannot be read is reported, and the others are still done.\n\n"
+    "A sample is clipped when its magnitude reaches the clipping value of the file's encoding, to six decimals.\n"
+    "Files are read to their ends; one that cannot be read is reported, and the others are still done.\n\n"
     "Examples:\n"
     "  murvane-audio info call.wav\n"
     "  murvane-audio info --format csv calls/*.wav\n";
 
 constexpr std::size_t c_uiChunkFrames = 16384;
+
+// Clipping values are the largest samples of their encodings, rounded to six decimals: up for mu-law, whose clipped
+// samples would else be missed.
+constexpr double c_dClippingTolerance = 0.5e-6;
 
 struct AudioInfo {
     std::string name;
@@ -115,7 +119,8 @@ std::optional<AudioInfo> inspect(const std::string& name, Diagnostics& diagnosti
     info.format = format.str();
     info.rate = reader.getSamplingRate();
     info.clippingValue = reader.getClippingValue();
-    Audio::ClippingRateFeature clipping(-info.clippingValue, info.clippingValue);
+    const double threshold = info.clippingValue - c_dClippingTolerance;
+    Audio::ClippingRateFeature clipping(-threshold, threshold);
     Math::DoubleVector samples;
     Math::DoubleVector rate;
     progress.beginInput(name, static_cast<double>(input.samples()) / static_cast<double>(info.rate));
@@ -129,6 +134,11 @@ std::optional<AudioInfo> inspect(const std::string& name, Diagnostics& diagnosti
     progress.endInput();
     if (info.samples == 0) {
         diagnostics.error("holds no audio");
+        return std::nullopt;
+    }
+    if (info.samples < input.samples() && !Interrupt::requested()) {
+        diagnostics.error("cannot be read to its end: " + std::to_string(info.samples) + " samples instead of " +
+                          std::to_string(input.samples()));
         return std::nullopt;
     }
     return info;

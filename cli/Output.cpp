@@ -2,7 +2,9 @@
 
 #include "Interrupt.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <poll.h>
 #include <unistd.h>
@@ -13,22 +15,27 @@ namespace {
 
 constexpr std::size_t c_uiBufferSize = std::size_t(256) * 1024;
 
-// 0, or the number of the error.
+// Waits until somebody takes bytes; false when nobody does within the time.
+bool waitForReader(int milliseconds) {
+    struct pollfd waiting = {STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&waiting, 1, milliseconds) > 0;
+}
+
+// 0, or the number of the error. Once the user has asked to stop, only what does not block is sent.
 int sendToStandardOutput(const char* bytes, std::size_t size) {
     while (size > 0) {
-        const ssize_t written = ::write(STDOUT_FILENO, bytes, size);
+        const bool isLast = Interrupt::requested();
+        if (isLast && !waitForReader(100)) {
+            return EINTR;
+        }
+        const ssize_t written = ::write(STDOUT_FILENO, bytes, isLast ? std::min<std::size_t>(size, PIPE_BUF) : size);
         if (written >= 0) {
             bytes += written;
             size -= static_cast<std::size_t>(written);
         } else if (errno == EAGAIN) {
-            // Somebody made the pipe non-blocking.
-            struct pollfd waiting = {STDOUT_FILENO, POLLOUT, 0};
-            ::poll(&waiting, 1, 1000);
+            waitForReader(1000);  // somebody made the pipe non-blocking
         } else if (errno != EINTR) {
             return errno;
-        }
-        if (size > 0 && Interrupt::requested()) {
-            return EINTR;
         }
     }
     return 0;
