@@ -1,0 +1,31 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// The subcommands, and what they tell the shell.
+namespace Zantrix::Cli {
+
+enum ExitCode : int {
+    AllDone = 0,
+    SomeFailed = 1,  ///< some input, or the output, failed; every other input was done
+    WrongUsage = 2,  ///< nothing was done
+    Interrupted = 130
+};
+
+/// Wrong usage, found before anything is done. The text may have several lines.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Runs one subcommand with the arguments that follow its name.
+///
+/// @return an `ExitCode`
+/// @throw UsageError for wrong usage
+int runFeatures(const std::vector<std::string>& arguments);
+int runInfo(const std::vector<std::string>& arguments);
+int runList(const std::vector<std::string>& arguments);
+
+}  // namespace Zantrix::Cli
