@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS murvane-audio EXPORT murvane-audio-targets)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/audio/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-foreach(name IN ITEMS core infra math mathxpr)
+foreach(name IN ITEMS core infra math mathxpr iff)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/support/${name}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endforeach()
 

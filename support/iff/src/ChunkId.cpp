@@ -1,0 +1,39 @@
+#include <murvane/iff/ChunkId.h>
+
+#include <algorithm>
+#include <ostream>
+
+namespace Zantrix::IFF {
+
+namespace {
+
+// Not std::isprint: what is printable here must not depend on the program's locale.
+bool isPrintableAscii(char c) {
+    return c >= 0x20 && c <= 0x7e;
+}
+
+}  // namespace
+
+bool ChunkId::isPrintable() const {
+    return std::all_of(m_code.begin(), m_code.end(), isPrintableAscii);
+}
+
+std::string ChunkId::toString() const {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (const char c : m_code) {
+        if (isPrintableAscii(c)) {
+            text += c;
+        } else {
+            const auto value = static_cast<unsigned char>(c);
+            text += {'\\', 'x', kDigits[value >> 4], kDigits[value & 0xf]};
+        }
+    }
+    return text;
+}
+
+std::ostream& operator<<(std::ostream& os, const ChunkId& id) {
+    return os << id.toString();
+}
+
+}  // namespace Zantrix::IFF

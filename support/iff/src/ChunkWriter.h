@@ -1,0 +1,37 @@
+#pragma once
+
+#include <murvane/iff/Chunk.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace Zantrix::IFF {
+
+/// Puts a tree on a stream. Used once: first `measure`, then `write`.
+class ChunkWriter {
+public:
+    /// Computes the size of every list of the tree, once.
+    ///
+    /// @return false if the tree cannot be written; `getError` tells why
+    bool measure(const Chunk& riff);
+
+    /// Writes the tree that was measured, with its padding byte.
+    void write(const Chunk& riff, std::ostream& os);
+
+    const std::string& getError() const { return m_strError; }
+
+private:
+    bool measureContent(const Chunk& chunk, std::uint64_t& size);
+    bool measureList(const Chunk& owner, std::uint64_t& size);
+    void writeList(const Chunk& owner, std::ostream& os);
+
+    // In the order in which the lists are met, so that writing meets them in the same order.
+    std::vector<std::uint32_t> m_vListSizes;
+    std::size_t m_uiNextList = 0;
+    std::string m_strError;
+};
+
+}  // namespace Zantrix::IFF
