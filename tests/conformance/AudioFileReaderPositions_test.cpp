@@ -1,10 +1,10 @@
 #include "ReaderFixture.h"
-#include "testkit/Stream.h"
 
 #include <cmath>
 #include <limits>
 #include <memory>
 #include <sstream>
+#include <testkit/Stream.h>
 
 namespace {
 

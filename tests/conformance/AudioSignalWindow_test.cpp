@@ -1,6 +1,3 @@
-#include "testkit/LogRecorder.h"
-#include "testkit/TraceRecords.h"
-
 #include <murvane/audio/input/AudioSignalWindow.h>
 
 #include <gmock/gmock.h>
@@ -10,6 +7,8 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
 
 namespace {
 

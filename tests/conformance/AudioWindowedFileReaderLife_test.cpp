@@ -1,8 +1,8 @@
 #include "WindowedReaderFixture.h"
-#include "testkit/Stream.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <testkit/Stream.h>
 
 namespace {
 

@@ -1,10 +1,6 @@
 #pragma once
 
 // What the tests of the file reader share.
-#include "testkit/LogRecorder.h"
-#include "testkit/TraceRecords.h"
-#include "testkit/WavFixture.h"
-
 #include <murvane/audio/input/AudioFileReader.h>
 
 #include <gmock/gmock.h>
@@ -14,6 +10,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
+#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace reader_test {

@@ -1,16 +1,15 @@
 #pragma once
 
 // What the tests of the windowed file reader share.
-#include "testkit/LogRecorder.h"
-#include "testkit/TraceRecords.h"
-#include "testkit/WavFixture.h"
-
 #include <murvane/audio/input/AudioWindowedFileReader.h>
 
 #include <gmock/gmock.h>
 
 #include <cstdint>
 #include <string>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
+#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace windowed_reader_test {

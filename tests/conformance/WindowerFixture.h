@@ -1,9 +1,6 @@
 #pragma once
 
 // What the tests of the windower share.
-#include "testkit/LogRecorder.h"
-#include "testkit/TraceRecords.h"
-
 #include <murvane/audio/input/AudioLinearWindower.h>
 
 #include <gmock/gmock.h>
@@ -11,6 +8,8 @@
 #include <cstdint>
 #include <numeric>
 #include <string>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
 #include <vector>
 
 namespace windower_test {

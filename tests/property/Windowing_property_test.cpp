@@ -1,5 +1,3 @@
-#include "testkit/WavFixture.h"
-
 #include <murvane/audio/input/AudioFileReader.h>
 #include <murvane/audio/input/AudioLinearWindower.h>
 #include <murvane/audio/input/AudioWindowedFileReader.h>
@@ -11,6 +9,7 @@
 #include <ostream>
 #include <random>
 #include <string>
+#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace {
