@@ -32,7 +32,7 @@ SF_FORMAT_INFO formatInfo(int format) {
 // Whether the samples are 16-bit numbers and nothing more. Not so in every container that says so: a sample dump packs
 // 21 bits of each, whatever its encoding.
 bool isPlain16Bit(int format) {
-    if ((format & SF_FORMAT_SUBMASK) != SF_FORMAT_PCM_16) {
+    if ((format & c_iSubtypeMask) != SF_FORMAT_PCM_16) {
         return false;
     }
     switch (format & SF_FORMAT_TYPEMASK) {

@@ -31,6 +31,10 @@ public:
     AudioFileReader& operator=(const AudioFileReader&) = default;
     ~AudioFileReader() override;
 
+    // Ahead of the operations of its own, which this way follow each other in the virtual table.
+    /// The time of the position in the file, in seconds.
+    double getCurrentAudioTime() const override { return m_dCurrentAudioTime; }
+
     /// Opens a file and closes the one that was open, if any.
     ///
     /// @return false, after an ERROR record and with the reader closed, when libsndfile cannot open the file, or it
@@ -62,9 +66,6 @@ public:
     /// @return whether `out` holds anything; false, after an assertion record and with the chunk size left at 1024,
     ///         when the file cannot be rewound
     bool getAllLinearFrames(Math::DoubleVector& out);
-
-    /// The time of the position in the file, in seconds.
-    double getCurrentAudioTime() const override { return m_dCurrentAudioTime; }
 
     /// The file's sampling rate in Hz; 0 before the first file.
     std::size_t getSamplingRate() const { return m_uiSampleRate; }

@@ -1,0 +1,156 @@
+// The class trees that programs and their virtual tables rely on, as checks of the compiler.
+#include <murvane/audio/input/AudioFileReader.h>
+#include <murvane/audio/input/AudioLinearWindower.h>
+#include <murvane/audio/input/AudioSignalWindow.h>
+#include <murvane/audio/input/AudioSink.h>
+#include <murvane/audio/input/AudioWindowedFileReader.h>
+#include <murvane/audio/input/TimeSource.h>
+#include <murvane/core/Object.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+#include <ostream>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using namespace Zantrix;
+using namespace Zantrix::Audio;
+using Zantrix::Math::DoubleVector;
+
+/// A public base, once.
+template <typename Derived, typename Base>
+concept DerivesFrom = std::is_base_of_v<Base, Derived> && std::is_convertible_v<Derived*, Base*>;
+
+/// A base from which no static_cast leads back: a virtual one.
+template <typename Derived, typename Base>
+concept DerivesVirtuallyFrom = DerivesFrom<Derived, Base> && !requires(Base * base) {
+    static_cast<Derived*>(base);
+};
+
+template <typename T>
+concept Copies = std::is_copy_constructible_v<T> && std::is_copy_assignable_v<T>;
+
+/// Where a virtual operation stands in its table, in entries. Only differences within one table mean something.
+template <typename Operation>
+std::ptrdiff_t slotOf(Operation operation) {
+    std::ptrdiff_t offset = 0;
+    static_assert(sizeof(operation) >= sizeof(offset));
+    std::memcpy(&offset, &operation, sizeof(offset));
+    return offset / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+// --- roots ---
+
+static_assert(std::has_virtual_destructor_v<Object>);
+static_assert(DerivesVirtuallyFrom<Cloneable, Object> && std::is_abstract_v<Cloneable>);
+static_assert(DerivesVirtuallyFrom<Resettable, Object> && std::is_abstract_v<Resettable>);
+static_assert(DerivesVirtuallyFrom<OutputStreamable, Object> && std::is_abstract_v<OutputStreamable>);
+static_assert(std::is_same_v<decltype(&Cloneable::clone), Cloneable* (Cloneable::*)() const>);
+static_assert(std::is_same_v<decltype(&Resettable::reset), bool (Resettable::*)()>);
+static_assert(
+    std::is_same_v<decltype(&OutputStreamable::write), std::ostream& (OutputStreamable::*)(std::ostream&) const>);
+
+// --- input: sinks and time sources ---
+
+static_assert(DerivesVirtuallyFrom<TimeSource, Object> && std::is_abstract_v<TimeSource>);
+static_assert(DerivesFrom<AudioSink, Object> && std::is_abstract_v<AudioSink>);
+static_assert(DerivesFrom<LinearAudioSink, AudioSink> && std::is_abstract_v<LinearAudioSink>);
+static_assert(!DerivesVirtuallyFrom<LinearAudioSink, AudioSink>, "one table for both");
+static_assert(std::is_same_v<decltype(&TimeSource::getCurrentAudioTime), double (TimeSource::*)() const>);
+static_assert(std::is_same_v<decltype(&LinearAudioSink::pushLinearAudio),
+                             bool (LinearAudioSink::*)(const double*, const double*)>);
+
+TEST(InterfaceShape, TimeSourceAnswersTheTimeBeforeItsOtherQuery) {
+    EXPECT_EQ(slotOf(&TimeSource::getCurrentTime) - slotOf(&TimeSource::getCurrentAudioTime), 1);
+}
+
+TEST(InterfaceShape, LinearSinkFollowsTheGenericOneInItsTable) {
+    EXPECT_EQ(slotOf(&LinearAudioSink::pushLinearAudio) - slotOf(&AudioSink::pushAudio), 1);
+}
+
+// --- input: windower ---
+
+static_assert(DerivesVirtuallyFrom<LinearAudioWindower, LinearAudioSink>);
+static_assert(DerivesVirtuallyFrom<LinearAudioWindower, TimeSource>);
+static_assert(DerivesVirtuallyFrom<LinearAudioWindower, Resettable>);
+static_assert(DerivesVirtuallyFrom<LinearAudioWindower, Object>);
+static_assert(Copies<LinearAudioWindower> && std::is_default_constructible_v<LinearAudioWindower>);
+static_assert(Copies<LinearAudioWindower::Config> && !std::is_polymorphic_v<LinearAudioWindower::Config>);
+static_assert(std::is_same_v<decltype(&LinearAudioWindower::configure),
+                             bool (LinearAudioWindower::*)(const LinearAudioWindower::Config&)>);
+static_assert(std::is_same_v<decltype(&LinearAudioWindower::getConfig),
+                             const LinearAudioWindower::Config& (LinearAudioWindower::*)() const>);
+static_assert(std::is_same_v<decltype(&LinearAudioWindower::popWindow), bool (LinearAudioWindower::*)(DoubleVector&)>);
+static_assert(
+    std::is_same_v<decltype(&LinearAudioWindower::setCurrentAudioTime), bool (LinearAudioWindower::*)(double)>);
+
+TEST(InterfaceShape, WindowerLetsDerivedOnesAnswerTheTotalTime) {
+    struct Derived : LinearAudioWindower {
+        double getTotalPushedAudioTime() const override { return 42.0; }
+    };
+    const Derived derived;
+    const LinearAudioWindower& windower = derived;
+    EXPECT_EQ(windower.getTotalPushedAudioTime(), 42.0);
+}
+
+// --- input: file readers ---
+
+static_assert(DerivesVirtuallyFrom<AudioFileReader, TimeSource>);
+static_assert(DerivesVirtuallyFrom<AudioFileReader, Object>);
+static_assert(Copies<AudioFileReader> && std::is_default_constructible_v<AudioFileReader>);
+static_assert(std::is_same_v<decltype(&AudioFileReader::setSourceAudioFile), bool (AudioFileReader::*)(const char*)>);
+static_assert(
+    std::is_same_v<decltype(&AudioFileReader::getNextLinearFrames), bool (AudioFileReader::*)(DoubleVector&)>);
+static_assert(std::is_same_v<decltype(&AudioFileReader::getAllLinearFrames), bool (AudioFileReader::*)(DoubleVector&)>);
+static_assert(std::is_same_v<decltype(&AudioFileReader::setNbOfFramesToRead), bool (AudioFileReader::*)(std::size_t)>);
+static_assert(std::is_same_v<decltype(&AudioFileReader::getSamplingRate), std::size_t (AudioFileReader::*)() const>);
+
+static_assert(DerivesFrom<WindowedAudioFileReader, AudioFileReader>);
+static_assert(!DerivesVirtuallyFrom<WindowedAudioFileReader, AudioFileReader>);
+static_assert(DerivesVirtuallyFrom<WindowedAudioFileReader, TimeSource>);
+static_assert(Copies<WindowedAudioFileReader> && std::is_default_constructible_v<WindowedAudioFileReader>);
+static_assert(
+    std::is_same_v<decltype(&WindowedAudioFileReader::getNextLinearFrames), bool (AudioFileReader::*)(DoubleVector&)>,
+    "inherited, not overridden");
+static_assert(std::is_same_v<decltype(&WindowedAudioFileReader::setSourceAudioFile),
+                             bool (WindowedAudioFileReader::*)(const char*)>);
+static_assert(std::is_same_v<decltype(&WindowedAudioFileReader::gotoStart), bool (WindowedAudioFileReader::*)()>);
+static_assert(
+    std::is_same_v<decltype(&WindowedAudioFileReader::gotoAudioTime), bool (WindowedAudioFileReader::*)(double)>);
+static_assert(std::is_same_v<decltype(&WindowedAudioFileReader::setChunkReadFactor),
+                             bool (WindowedAudioFileReader::*)(std::size_t)>);
+
+TEST(InterfaceShape, ReaderKeepsTheOrderOfItsOperations) {
+    const std::ptrdiff_t first = slotOf(&AudioFileReader::setSourceAudioFile);
+    EXPECT_EQ(slotOf(&AudioFileReader::gotoStart) - first, 1);
+    EXPECT_EQ(slotOf(&AudioFileReader::gotoAudioTime) - first, 2);
+    EXPECT_EQ(slotOf(&AudioFileReader::getNextLinearFrames) - first, 3);
+    EXPECT_EQ(slotOf(&WindowedAudioFileReader::setSourceAudioFile), first);
+    EXPECT_EQ(slotOf(&WindowedAudioFileReader::getNextWindow) - first, 4);
+}
+
+// --- input: signal windows ---
+
+static_assert(DerivesVirtuallyFrom<SignalWindow, Cloneable>);
+static_assert(DerivesVirtuallyFrom<SignalWindow, Object> && std::is_abstract_v<SignalWindow>);
+static_assert(DerivesFrom<SignalWindowImpl, SignalWindow> && std::is_abstract_v<SignalWindowImpl>);
+static_assert(DerivesFrom<HannWindow, SignalWindowImpl> && !std::is_abstract_v<HannWindow>);
+static_assert(!std::is_constructible_v<SignalWindowImpl, std::size_t>, "for derived shapes only");
+static_assert(std::is_constructible_v<HannWindow, std::size_t> && Copies<HannWindow>);
+static_assert(
+    std::is_same_v<decltype(&SignalWindow::getWeights), const std::vector<double>& (SignalWindow::*)() const>);
+static_assert(std::is_same_v<decltype(&SignalWindow::getWeight), double (SignalWindow::*)(std::size_t) const>);
+static_assert(std::is_same_v<decltype(&SignalWindow::getSize), double (SignalWindow::*)() const>);
+static_assert(std::is_same_v<decltype(&HannWindow::clone), Cloneable* (HannWindow::*)() const>);
+
+TEST(InterfaceShape, SignalWindowKeepsTheOrderOfItsOperations) {
+    const std::ptrdiff_t first = slotOf(&SignalWindow::getWeights);
+    EXPECT_EQ(slotOf(&SignalWindow::getWeight) - first, 1);
+    EXPECT_EQ(slotOf(&SignalWindow::getSize) - first, 2);
+}
+
+}  // namespace
