@@ -1,7 +1,4 @@
-#include <murvane/audio/features/AudioFeatureFactory.h>
-#include <murvane/audio/features/AudioFeatureImpl.h>
-#include <murvane/audio/features/SpectrumFeatures.h>
-#include <murvane/audio/features/ZeroCrossingFeatures.h>
+#include <murvane/audio.h>
 #include <murvane/core/MemAccount.h>
 
 #include <gmock/gmock.h>
@@ -35,7 +32,7 @@ constexpr const char* c_szOne = "vParams.size() == 1";
 constexpr const char* c_szTwo = "vParams.size() == 2";
 constexpr const char* c_szSome = "!vParams.empty()";
 
-enum class Builds { Yes, NotYet, Never };
+enum class Builds { Yes, Never };
 
 struct Row {
     const char* name;
@@ -63,24 +60,34 @@ const std::vector<Row>& rows() {
         {"SPECTRUM100HZ", Builds::Yes, no, some, c_szNone, &typeid(SpectrumReducedFeature)},
         {"SPECTRUM200HZ", Builds::Yes, no, some, c_szNone, &typeid(SpectrumReducedFeature)},
         {"SPECTRUM500HZ", Builds::Yes, no, some, c_szNone, &typeid(SpectrumReducedFeature)},
-        {"FLATNESS", Builds::NotYet, no, some, c_szNone},
-        {"SPECTRALRANGE", Builds::NotYet, {"", "()", "(440,20)"}, {"(1)", "(x)", "(1,2,3)"}, c_szTwo},
-        {"MAXSPECTRALRANGES", Builds::NotYet, {"(440)", "(440,480)", "(1,2,3)"}, no, c_szSome},
-        {"OLDHARMONICPRODUCT", Builds::NotYet, no, some, c_szNone},
-        {"HARMONICPRODUCT", Builds::NotYet, no, some, c_szNone},
-        {"ROBUSTHARMONICPRODUCT", Builds::NotYet, no, some, c_szNone},
-        {"ANTIHARMONICPRODUCT", Builds::NotYet, no, some, c_szNone},
+        {"FLATNESS", Builds::Yes, no, some, c_szNone, &typeid(FlatnessFeature)},
+        {"SPECTRALRANGE",
+         Builds::Yes,
+         {"", "()", "(440,20)"},
+         {"(1)", "(x)", "(1,2,3)"},
+         c_szTwo,
+         &typeid(SpectralRangeFeature)},
+        {"MAXSPECTRALRANGES",
+         Builds::Yes,
+         {"(440)", "(440,480)", "(1,2,3)"},
+         no,
+         c_szSome,
+         &typeid(MaxSpectralRangesFeature)},
+        {"OLDHARMONICPRODUCT", Builds::Yes, no, some, c_szNone, &typeid(OldHarmonicProductFeature)},
+        {"HARMONICPRODUCT", Builds::Yes, no, some, c_szNone, &typeid(HarmonicProductFeature)},
+        {"ROBUSTHARMONICPRODUCT", Builds::Yes, no, some, c_szNone, &typeid(RobustHarmonicProductFeature)},
+        {"ANTIHARMONICPRODUCT", Builds::Yes, no, some, c_szNone, &typeid(AntiHarmonicProductFeature)},
         {"SPECTRALSLOPE", Builds::Never, any, {}, nullptr},
-        {"SPECTRALWEIGHTEDAREA", Builds::NotYet, no, some, c_szNone},
-        {"SILENCERATIO", Builds::NotYet, no, some, c_szNone},
-        {"NOISERATIO", Builds::NotYet, no, some, c_szNone},
-        {"AMPLITUDEDISTRIBUTION", Builds::NotYet, no, some, c_szNone},
-        {"TEMPORALAMPLITUDEDISTRIBUTION", Builds::NotYet, no, some, c_szNone},
-        {"PEAKS", Builds::NotYet, no, some, c_szNone},
-        {"NEIGHBOURHOODOFMAX", Builds::NotYet, no, some, c_szNone},
-        {"LOWFREQENERGYRATIO", Builds::NotYet, no, some, c_szNone},
-        {"LOWFREQENERGYRATIOS", Builds::NotYet, no, some, c_szNone},
-        {"DELTATOSLIDINGMEAN", Builds::NotYet, no, some, c_szNone},
+        {"SPECTRALWEIGHTEDAREA", Builds::Yes, no, some, c_szNone, &typeid(SpectralWeightedAreaFeature)},
+        {"SILENCERATIO", Builds::Yes, no, some, c_szNone, &typeid(SilenceRatioFeature)},
+        {"NOISERATIO", Builds::Yes, no, some, c_szNone, &typeid(SilenceRatioFeature)},
+        {"AMPLITUDEDISTRIBUTION", Builds::Yes, no, some, c_szNone, &typeid(RatiosFeature)},
+        {"TEMPORALAMPLITUDEDISTRIBUTION", Builds::Yes, no, some, c_szNone, &typeid(RatiosFeature)},
+        {"PEAKS", Builds::Yes, no, some, c_szNone, &typeid(PeaksFeature)},
+        {"NEIGHBOURHOODOFMAX", Builds::Yes, no, some, c_szNone, &typeid(MaxNeighbourhoodFeature)},
+        {"LOWFREQENERGYRATIO", Builds::Yes, no, some, c_szNone, &typeid(LowFreqEnergyRatioFeature)},
+        {"LOWFREQENERGYRATIOS", Builds::Yes, no, some, c_szNone, &typeid(LowFreqEnergyRatiosFeature)},
+        {"DELTATOSLIDINGMEAN", Builds::Yes, no, some, c_szNone, &typeid(DeltaToSlidingMeanFeature)},
         {"MYFEATURE", Builds::Never, any, {}, nullptr},
     };
     return rows;

@@ -1,8 +1,4 @@
-#include <murvane/audio/computation/AudioFeatureComputerImpl.h>
-#include <murvane/audio/features/AudioFeatureFactory.h>
-#include <murvane/audio/features/AudioFeatureImpl.h>
-#include <murvane/audio/features/SpectrumFeatures.h>
-#include <murvane/audio/features/ZeroCrossingFeatures.h>
+#include <murvane/audio.h>
 #include <murvane/math/BasicFeatures.h>
 #include <murvane/math/RangeFeature.h>
 #include <murvane/math/SignalFeatureComposed.h>
@@ -84,6 +80,44 @@ static_assert(isAudioFeature<ZeroCrossingRateFeature> && hasOneOrdinary<ZeroCros
               hasNo<ZeroCrossingRateFeature, Resettable> && hasNo<ZeroCrossingRateFeature, FunctionAdaptor>);
 static_assert(isAudioFeature<ClippingRateFeature> && hasOneOrdinary<ClippingRateFeature, AudioFeature> &&
               isPlain<ClippingRateFeature> && !std::is_default_constructible_v<ClippingRateFeature>);
+
+// The features of a spectrum.
+template <class F>
+constexpr bool isPlainAudioFeature = isAudioFeature<F>&& hasOneOrdinary<F, AudioFeature>&& isPlain<F>;
+
+static_assert(isAudioFeature<FlatnessFeature> && hasOneOrdinary<FlatnessFeature, AudioFeature> &&
+              hasOneOrdinary<FlatnessFeature, SignalFeatureFunctionAdaptorImpl> && hasNo<FlatnessFeature, Resettable> &&
+              hasNo<FlatnessFeature, SignalFeatureWithParameters>);
+static_assert(isPlainAudioFeature<SpectralSlopeFeature> && isPlainAudioFeature<SpectralWeightedAreaFeature>);
+static_assert(isPlainAudioFeature<OldHarmonicProductFeature> && isPlainAudioFeature<HarmonicProductFeature> &&
+              isPlainAudioFeature<RobustHarmonicProductFeature> && isPlainAudioFeature<AntiHarmonicProductFeature>);
+static_assert(isPlainAudioFeature<PeaksFeature> && isPlainAudioFeature<NonLogPeaksFeature> &&
+              isPlainAudioFeature<PonderatedPeaksFeature> && hasOneOrdinary<PonderatedPeaksFeature, PeaksFeature> &&
+              hasNo<NonLogPeaksFeature, PeaksFeature>);
+static_assert(isAudioFeature<SpectralRangeFeature> && hasOneOrdinary<SpectralRangeFeature, AudioFeature> &&
+              hasOneOrdinary<SpectralRangeFeature, Math::RangeFeature> &&
+              hasOneVirtual<SpectralRangeFeature, SignalFeatureWithParameters> &&
+              hasNo<SpectralRangeFeature, Resettable> && hasNo<SpectralRangeFeature, FunctionAdaptor>);
+static_assert(isAudioFeature<MaxSpectralRangesFeature> && hasOneOrdinary<MaxSpectralRangesFeature, AudioFeature> &&
+              hasOneVirtual<MaxSpectralRangesFeature, SignalFeatureWithParameters> &&
+              hasNo<MaxSpectralRangesFeature, Math::RangeFeature> && hasNo<MaxSpectralRangesFeature, Resettable> &&
+              hasNo<MaxSpectralRangesFeature, FunctionAdaptor>);
+static_assert(isPlainAudioFeature<LowFreqEnergyRatioFeature> && isPlainAudioFeature<LowFreqEnergyRatiosFeature>);
+
+// The features of samples.
+template <class F>
+constexpr bool isAudioFeatureWithMemory =
+    isAudioFeature<F>&& hasOneOrdinary<F, AudioFeature>&& hasOne<F, SignalFeatureWithMemory>&&
+        hasOneVirtual<F, Resettable>&& hasNo<F, SignalFeatureWithParameters>&& hasNo<F, FunctionAdaptor>;
+
+static_assert(isPlainAudioFeature<EnergyHistogramFeature> && isPlainAudioFeature<SilenceRatioFeature> &&
+              isPlainAudioFeature<MaxNeighbourhoodFeature> && isPlainAudioFeature<MyFeature>);
+static_assert(isAudioFeatureWithMemory<RatiosFeature> && hasOneOrdinary<RatiosFeature, SignalFeatureWithMemory>);
+static_assert(isAudioFeatureWithMemory<DeltaToSlidingMeanFeature> &&
+              hasOneOrdinary<DeltaToSlidingMeanFeature, SignalFeatureWithMemory>);
+static_assert(isAudioFeatureWithMemory<MeanEnergyAboveThreshFeature> &&
+              hasOneOrdinary<MeanEnergyAboveThreshFeature, SignalFeatureWithMemory>);
+static_assert(isAudioFeatureWithMemory<MeanMaxFeature> && hasOneVirtual<MeanMaxFeature, SignalFeatureWithMemory>);
 
 // The mathematics library's own features.
 static_assert(isFeature<Math::AmplitudeFeature> && isPlain<Math::AmplitudeFeature>);
