@@ -65,10 +65,6 @@ bool SpectralRangeFeature::configure(const ROConfiguration& config) {
 }
 
 bool SpectralRangeFeature::compute(const Math::DoubleVector& in, Math::DoubleVector& out) {
-    if (&in == &out) {
-        const Math::DoubleVector copy(in);
-        return compute(copy, out);
-    }
     if (!m_bRangeConfigured && !configureRange(in.size())) {
         return false;
     }
