@@ -27,7 +27,7 @@ std::vector<double> noise(std::size_t count) {
 }
 
 void reportPerWindow(benchmark::State& state, std::size_t windowsPerIteration) {
-    state.counters["window"] =
+    state.counters["seconds_per_window"] =
         benchmark::Counter(static_cast<double>(windowsPerIteration),
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
@@ -44,7 +44,7 @@ void scalarTransform(benchmark::State& state) {
     }
     reportPerWindow(state, 1);
 }
-BENCHMARK(scalarTransform)->RangeMultiplier(2)->Range(128, 1024);
+BENCHMARK(scalarTransform)->Name("transform/one by one")->RangeMultiplier(2)->Range(128, 1024);
 
 /// The copy brings the samples into bit-reversed order, as a caller's transposition would.
 template <typename V>
@@ -139,13 +139,14 @@ const bool registered = [] {
 #if defined(__x86_64__)
         transform = kernel.lanes == 8 ? transformEightLanes : kernel.lanes == 4 ? transformFourLanes : transformTwo;
 #endif
-        const std::string name = "laneTransform/" + std::string(kernel.name);
+        const std::string name = "transform/lanes, " + std::string(kernel.name);
         benchmark::RegisterBenchmark(name.c_str(), laneTransform, transform, kernel.lanes)->Apply(sizes);
     }
-    benchmark::RegisterBenchmark("spectra/one by one", spectra, std::span<const SpectrumKernel>())->Apply(sizes);
+    benchmark::RegisterBenchmark("transform/spectra, one by one", spectra, std::span<const SpectrumKernel>())
+        ->Apply(sizes);
     for (std::size_t i = 0; i < spectrumKernels().size(); ++i) {
         const std::span<const SpectrumKernel> only = spectrumKernels().subspan(i, 1);
-        const std::string name = "spectra/" + std::string(only[0].name);
+        const std::string name = "transform/spectra, " + std::string(only[0].name);
         benchmark::RegisterBenchmark(name.c_str(), spectra, only)->Apply(sizes);
     }
     return true;

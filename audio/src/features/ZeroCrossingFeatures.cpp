@@ -1,21 +1,15 @@
 #include "FeatureDiagnostics.h"
+#include "ZeroCrossingArithmetic.h"
 
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
+
+#include <limits>
 
 namespace Zantrix::Audio {
 
 namespace {
 
 constexpr const char* c_szSampleRateKey = "signalfeature.SampleRate";
-
-// Whether the signal crosses zero at `sample`. Reaching zero counts once, at the first sample that is exactly zero;
-// leaving it does not count.
-bool isCrossing(const Fallible<double>& previous, double sample) {
-    if (previous.isValid() && previous.getValue() * sample < 0.0) {
-        return true;
-    }
-    return sample == 0.0 && !(previous.isValid() && previous.getValue() == 0.0);
-}
 
 }  // namespace
 
@@ -52,11 +46,9 @@ bool ZeroCrossingRateFeature::compute(const Math::DoubleVector& in, Math::Double
         out.push_back(0.0);
         return true;
     }
-    std::uint64_t crossings = 0;
-    for (const double sample : in) {
-        crossings += isCrossing(m_lastSample, sample) ? 1 : 0;
-        m_lastSample = sample;
-    }
+    const double previous = m_lastSample.isValid() ? m_lastSample.getValue() : std::numeric_limits<double>::quiet_NaN();
+    const std::uint64_t crossings = countCrossings(in, previous);
+    m_lastSample = in.back();
     out.push_back(static_cast<double>(crossings) / static_cast<double>(in.size()));
     return true;
 }

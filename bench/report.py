@@ -1,0 +1,139 @@
+"""Prints medians and ratios of a results file of the benchmarks; fails if a benchmark failed or a row is missing."""
+
+import json
+import statistics
+import sys
+from collections import defaultdict
+
+SPEED, WINDOW, MEMORY = "audio_seconds_per_second", "seconds_per_window", "peak_rss_bytes"
+
+
+class Results:
+    """The figures of all repetitions, by name and counter."""
+
+    def __init__(self, path):
+        with open(path, encoding="utf-8") as file:
+            document = json.load(file)
+        self.context = document["context"]
+        self.failures = []
+        self.values = defaultdict(list)
+        runs = [run for run in document["benchmarks"] if run["run_type"] == "iteration"]
+        # They were run in random order; families are numbered as they were registered.
+        for run in sorted(runs, key=lambda run: (run["family_index"], run["per_family_instance_index"])):
+            # What follows the name proper tells how it was run.
+            name = run["run_name"].split("/iterations:")[0].split("/repeats:")[0]
+            if run.get("error_occurred"):
+                self.failures.append(f"{name}: {run['error_message']}")
+            for counter in (SPEED, WINDOW, MEMORY):
+                if counter in run:
+                    self.values[name, counter].append(run[counter])
+
+    def median(self, name, counter):
+        """The median over the repetitions; a row that is missing is a failure."""
+        values = self.values.get((name, counter))
+        if not values:
+            self.failures.append(f"{name}: no {counter}")
+            return float("nan")
+        return statistics.median(values)
+
+    def names(self, section, suffix=""):
+        """Rows of a section, in the order of the benchmarks, without section and suffix."""
+        names = dict.fromkeys(name for name, _ in self.values)
+        return [
+            name[len(section) + 1 : len(name) - len(suffix)]
+            for name in names
+            if name.startswith(section + "/") and name.endswith(suffix)
+        ]
+
+
+def print_table(title, columns, rows):
+    print(f"\n{title}\n")
+    cells = [columns] + rows
+    widths = [max(len(row[i]) for row in cells) for i in range(len(columns))]
+    for number, row in enumerate(cells):
+        padded = [row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
+        print("| " + " | ".join(padded) + " |")
+        if number == 0:
+            print("|-" + "-|-".join("-" * width for width in widths) + "-|")
+
+
+def print_speeds(results):
+    rows = []
+    for section in ("input", "spectrum", "computer", "analysis", "command"):
+        names = results.names(section, "/library")
+        if not names:
+            results.failures.append(f"{section}: no rows")
+        for name in names:
+            library = results.median(f"{section}/{name}/library", SPEED)
+            bare = results.median(f"{section}/{name}/bare", SPEED)
+            rows.append([f"{section}: {name}", f"{library:,.0f}", f"{bare:,.0f}", f"{bare / library:.2f}"])
+    columns = ["seconds of audio per second of processor time", "library", "bare loop", "ratio of times"]
+    print_table("Speed (larger is faster; a ratio above 1 is what the library costs beyond a bare loop)", columns, rows)
+
+
+def print_features(results):
+    rows = []
+    for name in results.names("feature", "/library"):
+        library = 1e9 * results.median(f"feature/{name}/library", WINDOW)
+        bare = 1e9 * results.median(f"feature/{name}/bare", WINDOW)
+        rows.append([name, f"{library:.1f}", f"{bare:.1f}", f"{library / bare:.2f}", f"{library - bare:+.1f}"])
+    if not rows:
+        results.failures.append("feature: no rows")
+    columns = ["feature, one window at a time", "library, ns", "bare loop, ns", "ratio", "difference, ns"]
+    print_table("Each feature, nanoseconds per window of 256 samples, 128 bins or one value", columns, rows)
+
+
+def print_transforms(results):
+    sizes = ["128", "256", "512", "1024"]
+    kinds = dict.fromkeys(name.rsplit("/", 1)[0] for name in results.names("transform") if name.endswith(tuple(sizes)))
+    rows = [
+        [kind] + [f"{1e9 * results.median(f'transform/{kind}/{size}', WINDOW):.0f}" for size in sizes] for kind in kinds
+    ]
+    if not rows:
+        results.failures.append("transform: no rows")
+    print_table("Transforms and power spectra, nanoseconds per window", ["samples in a window"] + sizes, rows)
+
+
+def print_shares(results):
+    print("\nShares\n")
+
+    def per_window(name, section="computer"):
+        return 1e9 * results.median(f"{section}/{name}/library", WINDOW)
+
+    for group in ("one window at a time", "8 windows at a time"):
+        one = per_window(f"1 feature, {group}")
+        three = per_window(f"3 features, {group}")
+        separate = per_window(f"3 computers of 1 feature each, {group}")
+        others = per_window("Flatness", "feature") + per_window("LowFreqEnergyRatios", "feature")
+        print(
+            f"One spectrum for three features, {group}: {one:.0f} ns for SPECTRUM, {three:.0f} ns with"
+            f" FLATNESS_SPECTRUM and LOWFREQENERGYRATIOS_SPECTRUM; these two alone take {others:.0f} ns of a spectrum"
+            f" given. Three computers with a spectrum each: {separate:.0f} ns."
+        )
+    for rows in ("spectra and 3 values", "4 values"):
+        compute = 1 / results.median(f"analysis/{rows}/library", SPEED)
+        for output in ("csv", "npy"):
+            whole = 1 / results.median(f"command/{rows} to {output}/library", SPEED)
+            print(
+                f"Printing {rows} to {output}: {(whole - compute) / whole:.0%} of the command's time,"
+                f" {(whole - compute) / compute:.1f} times the computation (starting up counted as printing)."
+            )
+    for name in results.names("memory"):
+        print(f"Most memory of the command, {name}: {results.median(f'memory/{name}', MEMORY) / 1e6:.1f} MB")
+
+
+def main():
+    results = Results(sys.argv[1])
+    for key in ("processor", "num_cpus", "system", "compiler", "kernels", "revision", "date", "load_avg"):
+        print(f"{key}: {results.context.get(key, 'unknown')}")
+    print_speeds(results)
+    print_features(results)
+    print_transforms(results)
+    print_shares(results)
+    for failure in results.failures:
+        print(f"FAILED {failure}", file=sys.stderr)
+    return 1 if results.failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
