@@ -10,6 +10,8 @@ target_compile_options(
             -Wnon-virtual-dtor
             -Woverloaded-virtual
             $<$<CXX_COMPILER_ID:GNU>:-Wsuggest-override>
+            # g++ 12 takes joining a literal and a string for a copy onto itself (GCC bug 105651).
+            $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
             # Sums and products are rounded one by one, so that a result never depends on whether the machine
             # that built it could fuse them.
             -ffp-contract=off)
