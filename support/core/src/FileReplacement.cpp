@@ -1,6 +1,7 @@
 #include <murvane/core/FileReplacement.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -34,6 +35,13 @@ std::string folderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+// The path, its last name cut where it is too long to have an ending of ours added.
+std::string withRoomInName(const std::string& path) {
+    constexpr std::size_t longest = NAME_MAX - 32;
+    const std::size_t name = path.rfind('/') + 1;  // 0 without a folder
+    return path.size() - name > longest ? path.substr(0, name + longest) : path;
+}
+
 // A rename is only safe on disk once its folder is.
 void flushFolder(const std::string& folder) {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -58,6 +66,10 @@ bool FileReplacement::open(const std::string& path, InPlace inPlace) {
 
     struct stat status {};
     const bool exists = ::stat(m_strTarget.c_str(), &status) == 0;
+    // Only what simply is not there yet can be made; "" and links in a circle are not.
+    if (!exists && (errno != ENOENT || m_strTarget.empty())) {
+        return fail(errno);
+    }
     if (exists && !S_ISREG(status.st_mode)) {
         if (S_ISDIR(status.st_mode)) {
             return fail(EISDIR);
@@ -75,8 +87,9 @@ bool FileReplacement::open(const std::string& path, InPlace inPlace) {
 
     // A replacement of a private file is private from its first moment; a new file gets what the user's mask leaves.
     const mode_t mode = exists ? 0600 : 0666;
+    const std::string prefix = withRoomInName(m_strTarget) + ".tmp-" + std::to_string(::getpid()) + "-";
     for (int attempt = 0; m_iDescriptor < 0 && (attempt == 0 || (errno == EEXIST && attempt < 100)); ++attempt) {
-        m_strTemporary = m_strTarget + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
+        m_strTemporary = prefix + std::to_string(attempt);
         m_iDescriptor = ::open(m_strTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     }
     if (m_iDescriptor >= 0) {
@@ -114,6 +127,12 @@ bool FileReplacement::write(const void* bytes, std::size_t size) {
 }
 
 bool FileReplacement::writeAt(std::uint64_t offset, const void* bytes, std::size_t size) {
+    if (!isSeekable()) {
+        return fail(ESPIPE);
+    }
+    if (offset > m_uiSize || size > m_uiSize - offset) {
+        return fail(EINVAL);
+    }
     if (m_eKind == Kind::Buffer) {
         m_strBuffer.replace(offset, size, static_cast<const char*>(bytes), size);
         return true;
@@ -135,6 +154,12 @@ bool FileReplacement::writeAt(std::uint64_t offset, const void* bytes, std::size
 }
 
 bool FileReplacement::truncate(std::uint64_t size) {
+    if (!isSeekable()) {
+        return fail(ESPIPE);
+    }
+    if (size >= m_uiSize) {
+        return true;
+    }
     if (m_eKind == Kind::Buffer) {
         m_strBuffer.resize(size);
     } else if (::ftruncate(m_iDescriptor, static_cast<off_t>(size)) != 0 ||

@@ -67,6 +67,12 @@ bool unquote(std::string_view text, std::string& value) {
     return false;
 }
 
+// Whether `read` would find this key again in what `write` makes of it.
+bool isReadable(std::string_view key) {
+    return !key.empty() && key.front() != '#' && key.find_first_of("=\n") == std::string_view::npos &&
+           trimmed(key) == key;
+}
+
 bool needsQuotes(const std::string& value) {
     return value.empty() || value.find_first_of("\"\\\n") != std::string::npos || trimmed(value) != value;
 }
@@ -162,7 +168,8 @@ bool ParameterTrie::read(std::istream& is, std::string& error) {
         }
         values[std::string(key)] = std::move(plain);
     }
-    if (is.bad()) {
+    // A stream that was never any good, such as that of a missing file, does not reach its end.
+    if (!is.eof() || is.bad()) {
         error = "cannot be read";
         return false;
     }
@@ -188,7 +195,7 @@ const std::string* ParameterTrie::find(const char* key) const {
 }
 
 bool ParameterTrie::set(const char* key, std::string value) {
-    if (key == nullptr || *key == '\0') {
+    if (key == nullptr || !isReadable(key)) {
         return false;
     }
     m_values[key] = std::move(value);
