@@ -1,3 +1,4 @@
+#include "AudioSet.h"
 #include "Command.h"
 #include "FeatureArguments.h"
 #include "FeatureNames.h"
@@ -15,13 +16,15 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr const char* c_szUsage =
-    "Usage: murvane-audio features FILE... --feature NAME... [OPTION]...\n"
+    "Usage: murvane-audio features FILE... [--audioset LIST] --feature NAME... [OPTION]...\n"
     "Cuts mono audio files into windows and computes features of each.\n";
 
 constexpr const char* c_szHelpRest =
     "After --feature, arguments are feature names as long as they can be: the first that is no known name but an\n"
     "existing file, or has a '.' or '/', is a FILE, and so are those behind it. Write ./NAME for a file called like\n"
     "a feature. All arguments behind '--' are files. 'murvane-audio list' names the features.\n\n"
+    "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
+    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA.\n\n"
     "CSV has the columns file, time (the end of the window, in seconds) and one for each value: NAME for a feature\n"
     "of one value, else NAME[0], NAME[1] ... Numbers are the shortest that give back the same double; missing ones\n"
     "are nan. NPY is one matrix of float64, a row for each window, with the columns, the window and the first row of\n"
@@ -39,6 +42,7 @@ constexpr std::int64_t c_iMaxWindowMs = 60000;
 
 struct FeaturesOptions {
     std::vector<std::string> files;
+    std::string audioSet;
     std::vector<std::string> features;
     std::int64_t windowMs = 32;
     std::int64_t overlapMs = 16;
@@ -51,6 +55,8 @@ struct FeaturesOptions {
 po::options_description describe(FeaturesOptions& options) {
     po::options_description description("Options");
     description.add_options()  //
+        ("audioset", po::value(&options.audioSet)->value_name("LIST"),
+         "read the files that this list names, too, behind the others")  //
         ("feature", po::value(&options.features)->value_name("NAME..."),
          "the features, in the order of the columns; may be given again")  //
         ("window-ms", po::value(&options.windowMs)->value_name("MS"),
@@ -75,7 +81,7 @@ void check(const FeaturesOptions& options, const FeatureNames& featureNames) {
             throw UsageError(*problem);
         }
     }
-    if (options.files.empty()) {
+    if (options.files.empty() && options.audioSet.empty()) {
         throw UsageError("no file given");
     }
     if (options.windowMs < 1 || options.windowMs > c_iMaxWindowMs) {
@@ -92,9 +98,14 @@ void check(const FeaturesOptions& options, const FeatureNames& featureNames) {
     if (options.format == "npy" && options.path.empty()) {
         throw UsageError("--format npy needs --output PATH");
     }
-    refuseToOverwrite(options.files, options.path);
+}
+
+void protectInputs(const FeaturesOptions& options) {
+    std::vector<std::string> inputs = options.files;
+    inputs.push_back(options.audioSet);
+    refuseToOverwrite(inputs, options.path);
     if (options.format == "npy") {
-        refuseToOverwrite(options.files, options.path + ".json");
+        refuseToOverwrite(inputs, options.path + ".json");
     }
 }
 
@@ -106,7 +117,7 @@ Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) 
     return config;
 }
 
-int run(const FeaturesOptions& options, Diagnostics& diagnostics, TableWriter& writer) {
+int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics, TableWriter& writer) {
     using Outcome = FeatureRun::Outcome;
     Progress progress(diagnostics, options.files, options.path.empty());
     FeatureRun featureRun(options.features, windowConfig(options), writer, diagnostics, progress);
@@ -114,7 +125,6 @@ int run(const FeaturesOptions& options, Diagnostics& diagnostics, TableWriter& w
         diagnostics.error(writer.describeError());
         return SomeFailed;
     };
-    bool isAllDone = true;
     for (const std::string& file : options.files) {
         diagnostics.beginInput(file);
         const Outcome outcome = Interrupt::requested() ? Outcome::Interrupted : featureRun.add(file);
@@ -150,13 +160,19 @@ int runFeatures(const std::vector<std::string>& arguments) {
     }
     check(options, featureNames);
     Diagnostics diagnostics(options.log);
+    const bool isSetWhole = options.audioSet.empty() || appendAudioSet(options.audioSet, options.files, diagnostics);
+    if (options.files.empty()) {
+        diagnostics.error("no file to process");
+        return SomeFailed;
+    }
+    protectInputs(options);
     const std::unique_ptr<TableWriter> writer =
         options.format == "npy" ? makeNpyWriter(options.path, windowConfig(options)) : makeCsvWriter(options.path);
     if (!writer->open()) {
         diagnostics.error(writer->describeError());
         return SomeFailed;
     }
-    return run(options, diagnostics, *writer);
+    return run(options, isSetWhole, diagnostics, *writer);
 }
 
 }  // namespace Zantrix::Cli
