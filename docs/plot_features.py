@@ -17,7 +17,7 @@ import subprocess
 import sys
 import zlib
 
-WIDTH, LEFT, RIGHT, TOP = 900, 64, 70, 24  # pixels; the plot lies between LEFT and WIDTH - RIGHT
+WIDTH, LEFT, RIGHT, TOP = 900, 64, 88, 24  # pixels; the plot lies between LEFT and WIDTH - RIGHT
 PLOT_WIDTH = WIDTH - LEFT - RIGHT
 COLUMNS = 300  # of heat maps
 BLUE, ORANGE, GREEN, GREY = "#1f5fa8", "#c8641b", "#2d8a57", "#a9adb3"
@@ -45,7 +45,7 @@ def lines(*features, top=None, bottom=0.0, unit=""):
         highest = top if top is not None else nice(max(max(curve) for _, curve in curves))
         scale = Scale(bottom, highest, 150, unit)
         parts = [
-            path([(at(i, len(curve)), scale.y(value)) for i, value in enumerate(curve)], f'fill="none" stroke="{colour}"')
+            path([(at(i, len(curve)), scale.y(value)) for i, value in enumerate(curve)], stroke(colour))
             for colour, curve in curves
         ]
         return parts, scale, legend if len(legend) > 1 else []
@@ -53,11 +53,17 @@ def lines(*features, top=None, bottom=0.0, unit=""):
     return draw
 
 
-def heat(feature, decibel_range, low_hz=0.0, hertz_per_value=HERTZ_PER_BIN, values=None, rows=64, height=170):
-    """Values over time as colours, in decibels; the first values lie at low_hz, each one hertz_per_value wide."""
+def heat(
+    feature, decibel_range, low_hz=0.0, hertz_per_value=HERTZ_PER_BIN, values=None, height=170, rows=64, level=False
+):
+    """Values over time as colours, in decibels; they begin at low_hz, each one hertz_per_value wide. With `level`,
+    shares become powers, those of full scale 1."""
 
     def draw(call):
         table = [row[:values] for row in call.compute(feature)]
+        if level:
+            powers = [mean([sample * sample for sample in row]) for row in call.compute("AMPLITUDE")]
+            table = [[power * value for value in row] for power, row in zip(powers, table)]
         step = max(1, len(table[0]) // rows)
         bands = [means([mean(row[k : k + step]) for row in table], COLUMNS) for k in range(0, len(table[0]), step)]
         low, high = decibel_range
@@ -148,7 +154,7 @@ def one(feature, **scale):
 SHARES = ["above 1/5", "above 1/10", "above 1/50", "the rest"]
 PLOTS = {
     "AMPLITUDE": envelope("AMPLITUDE"),
-    "MEAN": one("MEAN", bottom=-0.05, top=0.05),
+    "MEAN": one("MEAN", bottom=-0.02, top=0.02),
     "TEMPORALMEAN": lines(
         ("ZEROCROSSINGRATE", (GREY, "input")), ("TEMPORALMEAN_ZEROCROSSINGRATE", (BLUE, "mean")), top=0.8
     ),
@@ -157,7 +163,7 @@ PLOTS = {
         ("MEAN_SLIDINGWINDOW(25)_ZEROCROSSINGRATE", (BLUE, "mean of 25")),
         top=0.8,
     ),
-    "RANGE": heat("RANGE(8,16)_SPECTRUM", (-40, 0), low_hz=8 * HERTZ_PER_BIN, height=110),
+    "RANGE": heat("RANGE(8,16)_SPECTRUM", (-40, 0), low_hz=7.5 * HERTZ_PER_BIN, height=110),
     "SPECTRUM": heat("SPECTRUM", (-50, -5)),
     "SPECTRUM100HZ": heat("SPECTRUM100HZ", (-40, -2), hertz_per_value=100.0),
     "SPECTRUM200HZ": heat("SPECTRUM200HZ", (-40, -2), hertz_per_value=200.0),
@@ -168,14 +174,14 @@ PLOTS = {
     "ROBUSTHARMONICPRODUCT": heat("ROBUSTHARMONICPRODUCT_SPECTRUM", (-80, 10), height=130),
     "OLDHARMONICPRODUCT": heat("OLDHARMONICPRODUCT_SPECTRUM", (-80, 10), values=32, height=130),
     "ANTIHARMONICPRODUCT": heat(
-        "ANTIHARMONICPRODUCT_SPECTRUM", (-10, 80), low_hz=2 * HERTZ_PER_BIN, height=130
+        "ANTIHARMONICPRODUCT_SPECTRUM", (-10, 80), low_hz=1.5 * HERTZ_PER_BIN, height=130
     ),
     "PEAKS": marks("PEAKS_SPECTRUM", strongest_peaks, [BLUE, ORANGE, GREEN], 4000, ["highest", "second", "third"]),
-    "SPECTRALRANGE": heat("SPECTRALRANGE(440,40)_SPECTRUM", (-40, 0), 12 * HERTZ_PER_BIN, values=5, height=80),
+    "SPECTRALRANGE": heat("SPECTRALRANGE(440,40)_SPECTRUM", (-40, 0), 11.5 * HERTZ_PER_BIN, values=5, height=80),
     "MAXSPECTRALRANGES": marks("MAXSPECTRALRANGES(350,440,480,620)_SPECTRUM", winning_range, [BLUE], 800, [""]),
     "LOWFREQENERGYRATIO": one("LOWFREQENERGYRATIO_SPECTRUM", top=1.0),
     "LOWFREQENERGYRATIOS": lines(
-        ("LOWFREQENERGYRATIOS_SPECTRUM", (ORANGE, "to 100 Hz"), (BLUE, "to 1000 Hz")), top=1.0
+        ("LOWFREQENERGYRATIOS_SPECTRUM", (ORANGE, "to 100 Hz"), (BLUE, "100-1000 Hz")), top=1.0
     ),
     "ZEROCROSSINGRATE": one("ZEROCROSSINGRATE", top=0.8),
     "SILENCERATIO": one("SILENCERATIO", top=0.4),
@@ -187,7 +193,7 @@ PLOTS = {
     ),
     "DELTATOSLIDINGMEAN": one("DELTATOSLIDINGMEAN_FLATNESS_SPECTRUM", bottom=-0.6, top=0.6),
 }
-CALL_PICTURE = heat("SPECTRUM", (-50, -5), rows=128, height=220)
+CALL_PICTURE = heat("SPECTRUM", (-90, -15), rows=128, height=220, level=True)
 
 
 # The call, the scales and the words of SVG.
@@ -207,8 +213,8 @@ class Call:
 
     def compute(self, feature):
         """The values of every window."""
-        words = [self.command, "features", self.recording, "--feature", feature]
-        text = subprocess.run(words, check=True, stdout=subprocess.PIPE, encoding="utf-8").stdout
+        call = [self.command, "features", self.recording, "--feature", feature]
+        text = subprocess.run(call, check=True, stdout=subprocess.PIPE, encoding="utf-8").stdout
         return [[float(value) for value in row[2:]] for row in list(csv.reader(text.splitlines()))[1:]]
 
     def captions(self):
@@ -262,6 +268,10 @@ def number(value):
 
 def path(points, style):
     return f'<path d="M{"L".join(f"{number(x)} {number(y)}" for x, y in points)}" {style}/>'
+
+
+def stroke(colour):
+    return f'fill="none" stroke="{colour}" stroke-linejoin="round"'
 
 
 def words(x, y, content, anchor="middle", style=""):
@@ -319,7 +329,7 @@ def picture(call, draw, title):
         y = scale.y(tick)
         out.append(f'<path d="M{LEFT} {number(y)}h{PLOT_WIDTH}" stroke="#ccc" stroke-width="0.5"/>')
         out.append(words(LEFT - 6, y + 4, f"{tick:.6g}" + (" " + scale.unit if scale.unit else ""), "end"))
-    out += [part.replace('fill="none"', 'fill="none" stroke-linejoin="round"') for part in parts]
+    out += parts
     out.append(f'<rect x="{LEFT}" y="{TOP}" width="{PLOT_WIDTH}" height="{scale.height}" fill="none" stroke="#888"/>')
     for time in range(0, int(call.duration) + 1, 5):
         x = LEFT + time * second
@@ -328,7 +338,7 @@ def picture(call, draw, title):
     out.append(words(WIDTH - RIGHT + 6, bottom + 16, "seconds", "start"))
     for i, (colour, label) in enumerate(legend):
         y = TOP + 4 + 15 * i
-        out.append(f'<rect x="{WIDTH - RIGHT + 6}" y="{y}" width="8" height="8" fill="{colour}" stroke="#888" stroke-width="0.5"/>')
+        out.append(f'<rect x="{WIDTH - RIGHT + 6}" y="{y}" width="8" height="8" fill="{colour}" stroke="#bbb"/>')
         out.append(words(WIDTH - RIGHT + 17, y + 8, label, "start", ' font-size="10"'))
     return "\n".join(out + ["</svg>", ""])
 
