@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Every feature that the command lists has a section in docs/features.md with a picture, and every picture is the one
-that the command's values give now."""
+"""Every feature that the command lists has a section in docs/features.md with a picture, every picture is the one that
+the command's values give now, and programs print what docs/expressions.md shows."""
 
 import filecmp
 import os
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -12,6 +13,7 @@ import unittest
 
 ROOT = os.environ["MURVANE_SOURCE"]
 COMMAND = os.environ["MURVANE_AUDIO"]
+FORMULAS = os.environ["MURVANE_FORMULAS"]
 CALL = os.path.join(os.environ["MURVANE_SAMPLE_CALL_FOLDER"], "sample-call")
 DOCS = os.path.join(ROOT, "docs")
 
@@ -24,8 +26,8 @@ def listed_features():
 def sections():
     """{title: text} of docs/features.md."""
     with open(os.path.join(DOCS, "features.md"), encoding="utf-8") as file:
-        parts = re.split(r"^### (.+)\n", file.read(), flags=re.MULTILINE)
-    return {title.strip(): re.split(r"^## ", text, flags=re.MULTILINE)[0] for title, text in zip(parts[1::2], parts[2::2])}
+        parts = re.split(r"^##+ (.+)\n", file.read(), flags=re.MULTILINE)
+    return dict(zip(parts[1::2], parts[2::2]))
 
 
 class FeatureDocs(unittest.TestCase):
@@ -50,6 +52,17 @@ class FeatureDocs(unittest.TestCase):
         self.assertGreater(len(names), 10)
         for name in names:
             self.assertTrue(os.path.exists(os.path.join(ROOT, name)), name)
+
+    def test_formulas_print_what_is_shown(self):
+        with open(os.path.join(DOCS, "expressions.md"), encoding="utf-8") as file:
+            blocks = re.findall(r"^```console\n\$ (.+)\n((?:.*\n)+?)```$", file.read(), flags=re.MULTILINE)
+        self.assertGreater(len(blocks), 5)
+        for line, shown in blocks:
+            program, recording, *words = shlex.split(line)
+            self.assertEqual(program, "build/release/bin/formulas")
+            self.assertEqual(recording, "build/release/share/murvane-audio/sample-call.wav")
+            result = subprocess.run([FORMULAS, CALL + ".wav", *words], capture_output=True, encoding="utf-8")
+            self.assertEqual(result.stdout + result.stderr, shown, line)
 
     def test_pictures_are_those_that_the_values_give(self):
         with tempfile.TemporaryDirectory() as folder:
