@@ -35,7 +35,7 @@ class FeatureDocs(unittest.TestCase):
         titles, listed = sections(), listed_features()
         self.assertGreater(len(listed), 20)
         for name in listed:
-            self.assertIn(name, titles)
+            self.assertTrue(name in titles, name)
             self.assertIn(f"(images/features/{name.lower()}.svg)", titles[name], name)
 
     def test_every_link_leads_to_a_file(self):
