@@ -1,6 +1,6 @@
-#include <iostream>
-
 #include <murvane/audio.h>
+
+#include <iostream>
 
 // Prints, for every window of a recording, its time and the flatness of its spectrum.
 int main(int, char** argv) {

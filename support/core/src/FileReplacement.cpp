@@ -51,6 +51,25 @@ void flushFolder(const std::string& folder) {
     }
 }
 
+// Calls `writeSome`, which may write a part or be interrupted, until all is written; false, with errno set, when it
+// fails.
+template <typename WriteSome>
+bool writeWhole(const void* bytes, std::size_t size, WriteSome writeSome) {
+    const char* next = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = writeSome(next, size);
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        next += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
 }  // namespace
 
 FileReplacement::~FileReplacement() {
@@ -119,7 +138,7 @@ bool FileReplacement::adoptModeAndOwner() {
 bool FileReplacement::write(const void* bytes, std::size_t size) {
     if (m_eKind == Kind::Buffer) {
         m_strBuffer.append(static_cast<const char*>(bytes), size);
-    } else if (!writeAll(m_iDescriptor, bytes, size)) {
+    } else if (!append(bytes, size)) {
         return false;
     }
     m_uiSize += size;
@@ -137,20 +156,11 @@ bool FileReplacement::writeAt(std::uint64_t offset, const void* bytes, std::size
         m_strBuffer.replace(offset, size, static_cast<const char*>(bytes), size);
         return true;
     }
-    const char* next = static_cast<const char*>(bytes);
-    while (size > 0) {
-        const ssize_t written = ::pwrite(m_iDescriptor, next, size, static_cast<off_t>(offset));
-        if (written < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return fail(errno);
-        }
-        next += written;
-        offset += static_cast<std::uint64_t>(written);
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
+    const auto writeSome = [&](const char* next, std::size_t rest) {
+        return ::pwrite(m_iDescriptor, next, rest,
+                        static_cast<off_t>(offset) + (next - static_cast<const char*>(bytes)));
+    };
+    return writeWhole(bytes, size, writeSome) || fail(errno);
 }
 
 bool FileReplacement::truncate(std::uint64_t size) {
@@ -176,7 +186,7 @@ bool FileReplacement::commit() {
         if (m_iDescriptor < 0) {
             return fail(errno);
         }
-        if (!writeAll(m_iDescriptor, m_strBuffer.data(), m_strBuffer.size())) {
+        if (!append(m_strBuffer.data(), m_strBuffer.size())) {
             return false;
         }
     }
@@ -198,20 +208,10 @@ bool FileReplacement::commit() {
     return true;
 }
 
-bool FileReplacement::writeAll(int descriptor, const void* bytes, std::size_t size) {
-    const char* next = static_cast<const char*>(bytes);
-    while (size > 0) {
-        const ssize_t written = ::write(descriptor, next, size);
-        if (written < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return fail(errno);
-        }
-        next += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
+// Writes at the end of the file that is open.
+bool FileReplacement::append(const void* bytes, std::size_t size) {
+    const auto writeSome = [&](const char* next, std::size_t rest) { return ::write(m_iDescriptor, next, rest); };
+    return writeWhole(bytes, size, writeSome) || fail(errno);
 }
 
 bool FileReplacement::fail(int errorNumber) {

@@ -58,7 +58,7 @@ private:
     enum class Kind { Closed, Temporary, Device, Buffer };
 
     bool fail(int errorNumber);
-    bool writeAll(int descriptor, const void* bytes, std::size_t size);
+    bool append(const void* bytes, std::size_t size);
     bool adoptModeAndOwner();
     void discard() noexcept;
 
