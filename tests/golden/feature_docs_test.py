@@ -18,9 +18,11 @@ CALL = os.path.join(os.environ["MURVANE_SAMPLE_CALL_FOLDER"], "sample-call")
 DOCS = os.path.join(ROOT, "docs")
 
 
-def listed_features():
+def listed():
+    """Features by name, functions of formulas: the names in front of the lines, a block of each."""
     text = subprocess.run([COMMAND, "list"], check=True, stdout=subprocess.PIPE, encoding="utf-8").stdout
-    return [re.match(r"\w+", line)[0] for line in text.splitlines()]
+    features, _, functions = text.partition("\n\n")
+    return [re.findall(r"^\w+", block, flags=re.MULTILINE) for block in (features, functions)]
 
 
 def sections():
@@ -32,11 +34,18 @@ def sections():
 
 class FeatureDocs(unittest.TestCase):
     def test_every_listed_feature_has_a_section_with_its_picture(self):
-        titles, listed = sections(), listed_features()
-        self.assertGreater(len(listed), 20)
-        for name in listed:
+        titles, (features, _) = sections(), listed()
+        self.assertGreater(len(features), 20)
+        for name in features:
             self.assertTrue(name in titles, name)
             self.assertIn(f"(images/features/{name.lower()}.svg)", titles[name], name)
+
+    def test_every_listed_function_is_in_the_table_of_functions(self):
+        with open(os.path.join(DOCS, "expressions.md"), encoding="utf-8") as file:
+            described = re.findall(r"^\| \[`(\w+)\(x", file.read(), flags=re.MULTILINE)
+        self.assertGreater(len(described), 10)
+        for name in listed()[1]:
+            self.assertIn(name, described)
 
     def test_every_link_leads_to_a_file(self):
         for page in ("features.md", "expressions.md", "add-a-feature.md"):
