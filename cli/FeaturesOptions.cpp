@@ -1,0 +1,93 @@
+#include "FeaturesOptions.h"
+
+#include "Command.h"
+#include "InputFile.h"
+
+namespace po = boost::program_options;
+
+namespace Zantrix::Cli {
+
+namespace {
+
+constexpr const char* c_szFeature = "feature";
+constexpr const char* c_szFormula = "expr";
+
+// The longest window: a minute. A typing error must not take all memory.
+constexpr std::int64_t c_iMaxWindowMs = 60000;
+
+void checkWindow(const FeaturesOptions& options) {
+    if (options.windowMs < 1 || options.windowMs > c_iMaxWindowMs) {
+        throw UsageError("a window of " + std::to_string(options.windowMs) + " ms is refused; it must be 1 to " +
+                         std::to_string(c_iMaxWindowMs) + " ms");
+    }
+    if (options.overlapMs < 0 || options.overlapMs >= options.windowMs) {
+        throw UsageError("an overlap of " + std::to_string(options.overlapMs) + " ms is refused; it must be 0 to " +
+                         std::to_string(options.windowMs - 1) + " ms, less than the window");
+    }
+}
+
+}  // namespace
+
+po::options_description describeOptions(FeaturesOptions& options) {
+    po::options_description description("Options");
+    description.add_options()  //
+        (c_szFeature, po::value<std::vector<std::string>>()->value_name("NAME..."),
+         "features by name; may be given again")  //
+        (c_szFormula, po::value<std::vector<std::string>>()->value_name("[NAME=]FORMULA"),
+         "a formula of the window x, such as 'f0=harmonicProduct(spectrum(x))'; may be given again, and columns "
+         "are in the order of all these")  //
+        ("window-ms", po::value(&options.windowMs)->value_name("MS"),
+         "length of a window in milliseconds (default 32)")  //
+        ("overlap-ms", po::value(&options.overlapMs)->value_name("MS"),
+         "what consecutive windows share, less than a window (default 16)")  //
+        ("suppress-dc", po::bool_switch(&options.suppressDc),
+         "subtract the mean of all windows of the file so far from each window")                  //
+        ("format", po::value(&options.format)->value_name("FORMAT"), "csv (the default) or npy")  //
+        ("output,o", po::value(&options.path)->value_name("PATH"),
+         "write to this file, which appears only when it is complete, instead of standard output");
+    addCommonOptions(description, options.log);
+    return description;
+}
+
+std::vector<Column> collectColumns(const std::vector<GivenOption>& given) {
+    std::vector<Column> columns;
+    for (const GivenOption& option : given) {
+        if (option.name == c_szFeature) {
+            columns.push_back(makeFeatureColumn(option.value));
+        } else if (option.name == c_szFormula) {
+            columns.push_back(makeFormulaColumn(option.value));
+        }
+    }
+    return columns;
+}
+
+void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNames) {
+    if (options.columns.empty()) {
+        throw UsageError("no feature given; name at least one with --feature, or write a formula with --expr");
+    }
+    checkColumns(options.columns, featureNames);
+    if (options.files.empty()) {
+        throw UsageError("no file given");
+    }
+    checkWindow(options);
+    if (options.format != "csv" && options.format != "npy") {
+        throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
+    }
+    if (options.format == "npy" && options.path.empty()) {
+        throw UsageError("--format npy needs --output PATH");
+    }
+    refuseToOverwrite(options.files, options.path);
+    if (options.format == "npy") {
+        refuseToOverwrite(options.files, options.path + ".json");
+    }
+}
+
+Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) {
+    Audio::LinearAudioWindower::Config config;
+    config.m_uiWindowSizeMs = static_cast<std::uint64_t>(options.windowMs);
+    config.m_uiWindowOverlapMs = static_cast<std::uint64_t>(options.overlapMs);
+    config.m_bSuppressDCOffset = options.suppressDc;
+    return config;
+}
+
+}  // namespace Zantrix::Cli

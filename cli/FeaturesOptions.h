@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Column.h"
+#include "Diagnostics.h"
+#include "Options.h"
+
+#include <murvane/audio/input/AudioLinearWindower.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Zantrix::Cli {
+
+/// What a run of 'murvane-audio features' is to do.
+struct FeaturesOptions {
+    std::vector<std::string> files;
+    std::vector<Column> columns;
+    std::int64_t windowMs = 32;
+    std::int64_t overlapMs = 16;
+    bool suppressDc = false;
+    std::string format = "csv";
+    std::string path;
+    LogOptions log;
+};
+
+/// The options as arguments; what they hold goes to `options`, all but files and columns.
+boost::program_options::options_description describeOptions(FeaturesOptions& options);
+
+/// The columns that arguments ask for, in their order.
+std::vector<Column> collectColumns(const std::vector<GivenOption>& given);
+
+/// Makes sure that a run can be what the options say.
+///
+/// @throw UsageError for the first thing that is wrong
+void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNames);
+
+/// How to cut windows; the sampling rate is that of each input.
+Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options);
+
+}  // namespace Zantrix::Cli
