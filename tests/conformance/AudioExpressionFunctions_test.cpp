@@ -5,9 +5,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <log4cplus/loglevel.h>
 
 #include <memory>
 #include <string>
+#include <testkit/LogRecorder.h>
 #include <vector>
 
 using namespace Zantrix;
@@ -138,6 +140,7 @@ TEST(AudioExpressionFunctions, TwoOccurrencesInAFormulaSeeOnlyWhatTheyAreGiven) 
 }
 
 TEST(AudioExpressionFunctions, ParametersAreThoseOfTheFeatures) {
+    const testkit::LogRecorder quiet(log4cplus::FATAL_LOG_LEVEL);
     DoubleVector spectrum;
     for (int bin = 0; bin < 128; ++bin) {
         spectrum.push_back(bin);
