@@ -60,14 +60,18 @@ std::string describe(const Column& column) {
     return (column.kind == Column::Kind::Feature ? "the feature " : "the formula ") + column.name;
 }
 
+void checkColumn(const Column& column, const FeatureNames& featureNames) {
+    if (column.kind == Column::Kind::Formula) {
+        checkFormula(column);
+    } else if (const auto problem = featureNames.problem(column.text)) {
+        throw UsageError(*problem);
+    }
+}
+
 void checkColumns(const std::vector<Column>& columns, const FeatureNames& featureNames) {
     std::set<std::string> names(std::begin(c_takenNames), std::end(c_takenNames));
     for (const Column& column : columns) {
-        if (column.kind == Column::Kind::Formula) {
-            checkFormula(column);
-        } else if (const auto problem = featureNames.problem(column.text)) {
-            throw UsageError(*problem);
-        }
+        checkColumn(column, featureNames);
         if (!names.insert(column.name).second) {
             throw UsageError("two columns would be called '" + column.name +
                              "'; a name of its own is given to a formula as --expr 'NAME=FORMULA'");

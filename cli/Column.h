@@ -33,9 +33,14 @@ std::string formulaArgument(const Column& column);
 /// For messages: "the feature NAME", "the formula NAME".
 std::string describe(const Column& column);
 
-/// Makes sure that the columns can be computed, and told from each other.
+/// Makes sure that the library knows what a column is made of.
 ///
-/// @throw UsageError  naming the column that is wrong; of a formula, with its line and a mark below the place
+/// @throw UsageError  telling what is wrong; of a formula, with its line and a mark below the place
+void checkColumn(const Column& column, const FeatureNames& featureNames);
+
+/// Makes sure of this for all columns, and that they can be told from each other.
+///
+/// @throw UsageError  as `checkColumn`, and naming a column whose name is taken
 void checkColumns(const std::vector<Column>& columns, const FeatureNames& featureNames);
 
 /// All formulas among the columns, in their order; none is refused once the columns were checked.

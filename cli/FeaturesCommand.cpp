@@ -1,9 +1,12 @@
 #include "Command.h"
+#include "ComputerArchive.h"
 #include "FeatureArguments.h"
 #include "FeatureNames.h"
 #include "FeatureRun.h"
+#include "FeaturesConfig.h"
 #include "FeaturesOptions.h"
 #include "Interrupt.h"
+#include "SmallFile.h"
 
 #include <memory>
 
@@ -35,6 +38,8 @@ constexpr const char* c_szHelpRest =
     "  murvane-audio features *.wav --feature FLATNESS_SPECTRUM ZEROCROSSINGRATE --output calls.csv\n"
     "  murvane-audio features call.wav --feature MEAN --expr 'busy=spectralRange(spectrum(x), frequencyHz=480, "
     "widthHz=20)'\n"
+    "  murvane-audio features --feature MEAN FLATNESS_SPECTRUM --window-ms 64 --save-config call.conf\n"
+    "  murvane-audio features call.wav --config call.conf\n"
     "  murvane-audio features --feature 'MAXSPECTRALRANGES(350,440)_SPECTRUM' --format npy -o tones.npy -- *.wav\n";
 
 int run(const FeaturesOptions& options, Diagnostics& diagnostics, TableWriter& writer) {
@@ -66,6 +71,25 @@ int run(const FeaturesOptions& options, Diagnostics& diagnostics, TableWriter& w
     return isAllDone ? AllDone : SomeFailed;
 }
 
+// Writes the files that say what is done.
+bool save(const FeaturesOptions& options, Diagnostics& diagnostics) {
+    std::string error;
+    if (!options.saveConfig.empty()) {
+        error = writeSmallFile(options.saveConfig, writeConfig(options));
+    }
+    if (error.empty() && !options.saveComputer.empty()) {
+        std::vector<std::string> features;
+        for (const Column& column : options.columns) {
+            features.push_back(column.text);
+        }
+        error = writeSmallFile(options.saveComputer, archiveComputer(features));
+    }
+    if (!error.empty()) {
+        diagnostics.error(error);
+    }
+    return error.empty();
+}
+
 }  // namespace
 
 int runFeatures(const std::vector<std::string>& arguments) {
@@ -80,9 +104,22 @@ int runFeatures(const std::vector<std::string>& arguments) {
         printHelp(c_szUsage, description, c_szHelpRest);
         return AllDone;
     }
-    options.columns = collectColumns(given);
+    if (values.count("config") != 0) {
+        readConfig(options.config, featureNames, options);
+        // Once more: what arguments say holds.
+        parseArguments(expanded, description, options.files);
+    }
+    if (std::vector<Column> columns = collectColumns(given); !columns.empty()) {
+        options.columns = std::move(columns);
+    }
     checkOptions(options, featureNames);
     Diagnostics diagnostics(options.log);
+    if (!save(options, diagnostics)) {
+        return SomeFailed;
+    }
+    if (options.files.empty()) {
+        return AllDone;
+    }
     const std::unique_ptr<TableWriter> writer =
         options.format == "npy" ? makeNpyWriter(options.path, windowConfig(options)) : makeCsvWriter(options.path);
     if (!writer->open()) {

@@ -1,7 +1,11 @@
 #include "FeaturesOptions.h"
 
 #include "Command.h"
+#include "ComputerArchive.h"
 #include "InputFile.h"
+
+#include <algorithm>
+#include <set>
 
 namespace po = boost::program_options;
 
@@ -11,6 +15,7 @@ namespace {
 
 constexpr const char* c_szFeature = "feature";
 constexpr const char* c_szFormula = "expr";
+constexpr const char* c_szComputer = "computer";
 
 // The longest window: a minute. A typing error must not take all memory.
 constexpr std::int64_t c_iMaxWindowMs = 60000;
@@ -26,6 +31,31 @@ void checkWindow(const FeaturesOptions& options) {
     }
 }
 
+void checkOutputs(const FeaturesOptions& options) {
+    if (options.format != "csv" && options.format != "npy") {
+        throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
+    }
+    if (options.format == "npy" && options.path.empty() && !options.files.empty()) {
+        throw UsageError("--format npy needs --output PATH");
+    }
+    const bool hasFormula = std::any_of(options.columns.begin(), options.columns.end(),
+                                        [](const Column& column) { return column.kind == Column::Kind::Formula; });
+    if (!options.saveComputer.empty() && hasFormula) {
+        throw UsageError("a feature computer holds no formulas: --save-computer goes with features only");
+    }
+    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer};
+    if (options.format == "npy") {
+        outputs.push_back(options.path + ".json");
+    }
+    std::set<std::string> seen;
+    for (const std::string& output : outputs) {
+        refuseToOverwrite(options.files, output);
+        if (!output.empty() && !seen.insert(output).second) {
+            throw UsageError("two outputs would go to " + output);
+        }
+    }
+}
+
 }  // namespace
 
 po::options_description describeOptions(FeaturesOptions& options) {
@@ -34,17 +64,25 @@ po::options_description describeOptions(FeaturesOptions& options) {
         (c_szFeature, po::value<std::vector<std::string>>()->value_name("NAME..."),
          "features by name; may be given again")  //
         (c_szFormula, po::value<std::vector<std::string>>()->value_name("[NAME=]FORMULA"),
-         "a formula of the window x, such as 'f0=harmonicProduct(spectrum(x))'; may be given again, and columns "
-         "are in the order of all these")  //
+         "a formula of the window x, such as 'f0=harmonicProduct(spectrum(x))'; may be given again")  //
+        (c_szComputer, po::value<std::vector<std::string>>()->value_name("ARCHIVE"),
+         "the features of an archived feature computer (text, binary or XML); columns are in the order of all these")  //
         ("window-ms", po::value(&options.windowMs)->value_name("MS"),
          "length of a window in milliseconds (default 32)")  //
         ("overlap-ms", po::value(&options.overlapMs)->value_name("MS"),
          "what consecutive windows share, less than a window (default 16)")  //
-        ("suppress-dc", po::bool_switch(&options.suppressDc),
+        ("suppress-dc", po::value(&options.suppressDc)->implicit_value(true, "yes")->value_name("yes|no"),
          "subtract the mean of all windows of the file so far from each window")                  //
         ("format", po::value(&options.format)->value_name("FORMAT"), "csv (the default) or npy")  //
         ("output,o", po::value(&options.path)->value_name("PATH"),
-         "write to this file, which appears only when it is complete, instead of standard output");
+         "write to this file, which appears only when it is complete, instead of standard output")  //
+        ("config", po::value(&options.config)->value_name("FILE"),
+         "take window, format and columns from a file as --save-config writes it; what other options say holds "
+         "instead, and with any of --feature, --expr and --computer the file's columns do not count")  //
+        ("save-config", po::value(&options.saveConfig)->value_name("FILE"),
+         "write the window, the format and the columns to a file for --config; no FILE to analyse is needed then")  //
+        ("save-computer", po::value(&options.saveComputer)->value_name("ARCHIVE"),
+         "write an XML archive of a feature computer of the features; no FILE to analyse is needed then");
     addCommonOptions(description, options.log);
     return description;
 }
@@ -56,6 +94,10 @@ std::vector<Column> collectColumns(const std::vector<GivenOption>& given) {
             columns.push_back(makeFeatureColumn(option.value));
         } else if (option.name == c_szFormula) {
             columns.push_back(makeFormulaColumn(option.value));
+        } else if (option.name == c_szComputer) {
+            for (const std::string& feature : loadComputer(option.value)) {
+                columns.push_back(makeFeatureColumn(feature));
+            }
         }
     }
     return columns;
@@ -66,20 +108,11 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
         throw UsageError("no feature given; name at least one with --feature, or write a formula with --expr");
     }
     checkColumns(options.columns, featureNames);
-    if (options.files.empty()) {
+    if (options.files.empty() && options.saveConfig.empty() && options.saveComputer.empty()) {
         throw UsageError("no file given");
     }
     checkWindow(options);
-    if (options.format != "csv" && options.format != "npy") {
-        throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
-    }
-    if (options.format == "npy" && options.path.empty()) {
-        throw UsageError("--format npy needs --output PATH");
-    }
-    refuseToOverwrite(options.files, options.path);
-    if (options.format == "npy") {
-        refuseToOverwrite(options.files, options.path + ".json");
-    }
+    checkOutputs(options);
 }
 
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) {

@@ -21,13 +21,18 @@ struct FeaturesOptions {
     bool suppressDc = false;
     std::string format = "csv";
     std::string path;
+    std::string config;        ///< a file that gave what arguments did not; "" for none
+    std::string saveConfig;    ///< a file to write; "" for none
+    std::string saveComputer;  ///< the same
     LogOptions log;
 };
 
 /// The options as arguments; what they hold goes to `options`, all but files and columns.
 boost::program_options::options_description describeOptions(FeaturesOptions& options);
 
-/// The columns that arguments ask for, in their order.
+/// The columns that arguments ask for, in their order; those of archived computers where these stand.
+///
+/// @throw UsageError  naming an archive that cannot be loaded
 std::vector<Column> collectColumns(const std::vector<GivenOption>& given);
 
 /// Makes sure that a run can be what the options say.
