@@ -1,12 +1,15 @@
 #include "ComputerArchive.h"
 
+#include "ArchiveShape.h"
 #include "Command.h"
 #include "SmallFile.h"
 
 #include <murvane/audio/computation/AudioFeatureComputerImpl.h>
 
 #include <boost/archive/polymorphic_binary_iarchive.hpp>
+#include <boost/archive/polymorphic_binary_oarchive.hpp>
 #include <boost/archive/polymorphic_text_iarchive.hpp>
+#include <boost/archive/polymorphic_text_oarchive.hpp>
 #include <boost/archive/polymorphic_xml_iarchive.hpp>
 #include <boost/archive/polymorphic_xml_oarchive.hpp>
 #include <boost/serialization/nvp.hpp>
@@ -18,52 +21,49 @@ namespace Zantrix::Cli {
 
 namespace {
 
-// What XML archives call the computer; others call it nothing, and loading does not look.
+namespace archive = boost::archive;
+
+// What our XML archives call the computer; those of programs may call it otherwise.
 constexpr const char* c_szItem = "computer";
-
-// Every archive begins with this text in its own encoding: text with its length in digits, binary with it in eight
-// bytes.
-constexpr std::string_view c_strSignature = "serialization::archive";
-
-enum class Format { None, Text, Binary, Xml };
-
-Format findFormat(const std::string& bytes) {
-    if (bytes.rfind("<?xml", 0) == 0) {
-        return Format::Xml;
-    }
-    const std::string length = std::to_string(c_strSignature.size()) + ' ';
-    if (bytes.compare(0, length.size(), length) == 0 &&
-        bytes.compare(length.size(), c_strSignature.size(), c_strSignature) == 0) {
-        return Format::Text;
-    }
-    std::string binaryLength(sizeof(std::uint64_t), '\0');
-    binaryLength.front() = static_cast<char>(c_strSignature.size());
-    if (bytes.compare(0, binaryLength.size(), binaryLength) == 0 &&
-        bytes.compare(binaryLength.size(), c_strSignature.size(), c_strSignature) == 0) {
-        return Format::Binary;
-    }
-    return Format::None;
-}
 
 template <class Archive>
 std::unique_ptr<Math::FeatureComputer> load(const std::string& bytes) {
     std::istringstream stream(bytes);
-    Archive archive(stream);
+    Archive archive(stream, archive::no_xml_tag_checking);
     Math::FeatureComputer* pLoaded = nullptr;
-    static_cast<boost::archive::polymorphic_iarchive&>(archive) >> boost::serialization::make_nvp(c_szItem, pLoaded);
+    static_cast<archive::polymorphic_iarchive&>(archive) >> boost::serialization::make_nvp(c_szItem, pLoaded);
     return std::unique_ptr<Math::FeatureComputer>(pLoaded);
 }
 
-std::unique_ptr<Math::FeatureComputer> load(Format format, const std::string& bytes) {
-    switch (format) {
-        case Format::Text:
-            return load<boost::archive::polymorphic_text_iarchive>(bytes);
-        case Format::Binary:
-            return load<boost::archive::polymorphic_binary_iarchive>(bytes);
-        case Format::Xml:
-            return load<boost::archive::polymorphic_xml_iarchive>(bytes);
-        case Format::None:
-            break;
+template <class Archive>
+std::string save(const StringVector& features) {
+    Audio::FeatureComputerWithInputsImpl computer;
+    for (const std::string& feature : features) {
+        computer.addFeature(feature.c_str());
+    }
+    std::ostringstream stream;
+    {
+        const Math::FeatureComputer* const pComputer = &computer;
+        Archive archive(stream);
+        static_cast<archive::polymorphic_oarchive&>(archive) << boost::serialization::make_nvp(c_szItem, pComputer);
+    }
+    return stream.str();
+}
+
+// Null for what cannot be one.
+std::unique_ptr<Math::FeatureComputer> loadAny(const std::string& bytes) {
+    const ArchiveFormat format = findArchiveFormat(bytes);
+    const auto fits = [&](const std::string& empty) { return hasShapeOf(format, bytes, empty); };
+    if (format == ArchiveFormat::Text && fits(save<archive::polymorphic_text_oarchive>({}))) {
+        return load<archive::polymorphic_text_iarchive>(bytes);
+    }
+    if (format == ArchiveFormat::Binary && fits(save<archive::polymorphic_binary_oarchive>({}))) {
+        return load<archive::polymorphic_binary_iarchive>(bytes);
+    }
+    if (format == ArchiveFormat::Xml && fits(save<archive::polymorphic_xml_oarchive>({}))) {
+        // On destruction, where nothing may be thrown, the archive reads to one more end of a tag and throws when there
+        // is none: a damaged archive may have used up its own.
+        return load<archive::polymorphic_xml_iarchive>(bytes + ">>>>");
     }
     return nullptr;
 }
@@ -72,19 +72,16 @@ std::unique_ptr<Math::FeatureComputer> load(Format format, const std::string& by
 
 std::vector<std::string> loadComputer(const std::string& path) {
     const std::string bytes = readSmallFile(path);
-    const Format format = findFormat(bytes);
-    if (format == Format::None) {
-        throw UsageError(path + ": not an archive of a feature computer (text, binary or XML)");
-    }
     std::unique_ptr<Math::FeatureComputer> pComputer;
+    std::string why;
     try {
-        pComputer = load(format, bytes);
+        pComputer = loadAny(bytes);
     } catch (const std::exception& error) {
-        throw UsageError(path + ": damaged, or not an archive of a feature computer: " + error.what());
+        why = std::string(" (") + error.what() + ')';
     }
     const auto* pAudio = dynamic_cast<const Audio::FeatureComputerWithInputsImpl*>(pComputer.get());
     if (pAudio == nullptr) {
-        throw UsageError(path + ": the archive does not hold an audio feature computer");
+        throw UsageError(path + ": damaged, or not a text, binary or XML archive of an audio feature computer" + why);
     }
     const StringVector& names = pAudio->getFeatureNames();
     if (names.empty()) {
@@ -94,18 +91,7 @@ std::vector<std::string> loadComputer(const std::string& path) {
 }
 
 std::string archiveComputer(const std::vector<std::string>& features) {
-    Audio::FeatureComputerWithInputsImpl computer;
-    for (const std::string& feature : features) {
-        computer.addFeature(feature.c_str());
-    }
-    std::ostringstream stream;
-    {
-        const Math::FeatureComputer* const pComputer = &computer;
-        boost::archive::polymorphic_xml_oarchive archive(stream);
-        static_cast<boost::archive::polymorphic_oarchive&>(archive)
-            << boost::serialization::make_nvp(c_szItem, pComputer);
-    }
-    return stream.str();
+    return save<archive::polymorphic_xml_oarchive>(StringVector(features.begin(), features.end()));
 }
 
 }  // namespace Zantrix::Cli

@@ -40,9 +40,8 @@ class Config(CommandTest):
 
     def test_arguments_win(self):
         self.write("c", CONFIG.encode())
-        self.assertEqual(self.table("--config", "c", "--window-ms", "50", "--suppress-dc=no"),
-                         self.table(*ARGUMENTS, "--window-ms=50")[:0] +
-                         self.table("--window-ms", "50", "--overlap-ms", "48", *ARGUMENTS[5:]))
+        self.assertEqual(self.table("--config", "c", "--overlap-ms", "32", "--suppress-dc=no"),
+                         self.table("--window-ms", "64", "--overlap-ms", "32", *ARGUMENTS[5:]))
         self.assertEqual(self.table("--expr", "x*x", "--config", "c"), self.table(*ARGUMENTS[:5], "--expr", "x*x"))
 
     def test_what_was_saved_reproduces_the_run(self):
@@ -126,7 +125,19 @@ class WrongConfig(CommandTest):
         self.assertEqual(self.files(), ["a.wav"])
 
 
-# Archives as programs write them through a pointer to the base, of a computer of SPECTRUM500HZ and MEAN.
+# Archives of SPECTRUM500HZ and MEAN as programs write them, through a pointer to the base of the computer.
+TEXT = (b"22 serialization::archive 18 0 34 AudioFeatureComputerWithInputsImpl 1 0\n"
+        b"0 0 0 0 0 2 0 13 SPECTRUM500HZ 4 MEAN\n")
+
+
+def sized(text):
+    return len(text).to_bytes(8, "little") + text
+
+
+BINARY = (sized(b"serialization::archive") + bytes.fromhex("1200 04080408 01000000 0000") +
+          sized(b"AudioFeatureComputerWithInputsImpl") + bytes.fromhex("01") + bytes(17) +
+          bytes.fromhex("00 0200000000000000 00000000") + sized(b"SPECTRUM500HZ") + sized(b"MEAN"))
+
 NAMES = ["FLATNESS_SPECTRUM", "SPECTRALRANGE(440,20)_SPECTRUM", "MEAN"]
 
 
@@ -141,6 +152,20 @@ class Computer(CommandTest):
             result = self.features("a.wav", *before, "--computer", "c.xml", *after)
             self.assert_done(result)
             self.assertEqual(result.stdout, self.features("a.wav", *before, "--feature", *NAMES, *after).stdout)
+
+    def test_text_and_binary_archives_are_told_by_how_they_begin(self):
+        expected = self.features("a.wav", "--feature", "SPECTRUM500HZ", "MEAN").stdout
+        for archive in (TEXT, BINARY):
+            self.write("archive", archive)
+            result = self.features("a.wav", "--computer", "archive")
+            self.assert_done(result)
+            self.assertEqual(result.stdout, expected)
+
+    def test_an_xml_archive_may_call_the_computer_otherwise(self):
+        self.write("mine.xml", self.read("c.xml").replace(b"<computer", b"<mine").replace(b"</computer", b"</mine"))
+        result = self.features("a.wav", "--computer", "mine.xml")
+        self.assert_done(result)
+        self.assertEqual(result.stdout, self.features("a.wav", "--computer", "c.xml").stdout)
 
     def test_a_saved_configuration_needs_the_archive_no_more(self):
         self.assert_done(self.features("--computer", "c.xml", "--save-config", "c"))
@@ -161,11 +186,17 @@ class Computer(CommandTest):
         self.assert_usage_error(self.features("a.wav", "--computer", "none"), "cannot read none: No such file")
 
     def test_an_archive_cut_anywhere_is_told(self):
-        whole = self.read("c.xml")
-        end = whole.rindex(b"</m_vFeatureNames>")
-        for size in range(0, end, max(1, end // 60)):
-            self.write("cut.xml", whole[:size])
-            self.assert_usage_error(self.features("a.wav", "--computer", "cut.xml"), "cut.xml: ", "archive")
+        for whole in (self.read("c.xml").rstrip(), TEXT.rstrip(), BINARY):
+            for size in [*range(0, len(whole) - 5, len(whole) // 12), len(whole) - 1]:
+                self.write("cut", whole[:size])
+                self.assert_usage_error(self.features("a.wav", "--computer", "cut"), "cut: ", "archive")
+
+    def test_any_byte_of_an_archive_may_be_wrong(self):
+        for whole in (self.read("c.xml"), TEXT, BINARY):
+            for place in range(0, len(whole), len(whole) // 25):
+                self.write("odd", whole[:place] + bytes([whole[place] ^ 0x15]) + whole[place + 1:])
+                result = self.features("a.wav", "--computer", "odd")
+                self.assertIn(result.returncode, (0, 2), (place, whole))
 
     def test_a_name_that_is_unknown_here_is_told(self):
         self.write("odd.xml", self.read("c.xml").replace(b"<item>MEAN<", b"<item>MEEN<"))
