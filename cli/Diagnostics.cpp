@@ -1,6 +1,7 @@
 #include "Diagnostics.h"
 
 #include "Command.h"
+#include "Text.h"
 
 #include <log4cplus/appender.h>
 #include <log4cplus/configurator.h>
@@ -43,8 +44,7 @@ log4cplus::LogLevel parseLevel(const std::string& name) {
     if (name.empty()) {
         return log4cplus::WARN_LOG_LEVEL;
     }
-    std::string upper(name);
-    std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return std::toupper(c); });
+    const std::string upper = upperCase(name);
     constexpr std::pair<const char*, log4cplus::LogLevel> levels[] = {
         {"TRACE", log4cplus::TRACE_LOG_LEVEL}, {"DEBUG", log4cplus::DEBUG_LOG_LEVEL},
         {"INFO", log4cplus::INFO_LOG_LEVEL},   {"WARN", log4cplus::WARN_LOG_LEVEL},

@@ -1,3 +1,4 @@
+#include "AudioSet.h"
 #include "Command.h"
 #include "ComputerArchive.h"
 #include "FeatureArguments.h"
@@ -17,13 +18,15 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr const char* c_szUsage =
-    "Usage: murvane-audio features FILE... --feature NAME... --expr FORMULA... [OPTION]...\n"
+    "Usage: murvane-audio features FILE... [--audioset LIST] --feature NAME... --expr FORMULA... [OPTION]...\n"
     "Cuts mono audio files into windows and computes features and formulas of each.\n";
 
 constexpr const char* c_szHelpRest =
     "After --feature, arguments are feature names as long as they can be: the first that is no known name but an\n"
     "existing file, or has a '.' or '/', is a FILE, and so are those behind it. Write ./NAME for a file called like\n"
     "a feature. All arguments behind '--' are files. 'murvane-audio list' names the features.\n\n"
+    "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
+    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA.\n\n"
     "A formula is made of numbers, x (the window), + - * / and ( ), element by element, and of functions, which\n"
     "'murvane-audio list' names. Its column is called NAME, or by the text of the formula.\n\n"
     "CSV has the columns file, time (the end of the window, in seconds) and one for each value: NAME for a feature\n"
@@ -42,7 +45,7 @@ constexpr const char* c_szHelpRest =
     "  murvane-audio features call.wav --config call.conf\n"
     "  murvane-audio features --feature 'MAXSPECTRALRANGES(350,440)_SPECTRUM' --format npy -o tones.npy -- *.wav\n";
 
-int run(const FeaturesOptions& options, Diagnostics& diagnostics, TableWriter& writer) {
+int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics, TableWriter& writer) {
     using Outcome = FeatureRun::Outcome;
     Progress progress(diagnostics, options.files, options.path.empty());
     FeatureRun featureRun(options.columns, windowConfig(options), writer, diagnostics, progress);
@@ -50,7 +53,6 @@ int run(const FeaturesOptions& options, Diagnostics& diagnostics, TableWriter& w
         diagnostics.error(writer.describeError());
         return SomeFailed;
     };
-    bool isAllDone = true;
     for (const std::string& file : options.files) {
         diagnostics.beginInput(file);
         const Outcome outcome = Interrupt::requested() ? Outcome::Interrupted : featureRun.add(file);
@@ -114,11 +116,16 @@ int runFeatures(const std::vector<std::string>& arguments) {
     }
     checkOptions(options, featureNames);
     Diagnostics diagnostics(options.log);
+    const bool isSetWhole = options.audioSet.empty() || appendAudioSet(options.audioSet, options.files, diagnostics);
+    protectInputs(options);
     if (!save(options, diagnostics)) {
         return SomeFailed;
     }
     if (options.files.empty()) {
-        return AllDone;
+        if (!options.audioSet.empty()) {
+            diagnostics.error("no file to process");
+        }
+        return options.audioSet.empty() ? AllDone : SomeFailed;
     }
     const std::unique_ptr<TableWriter> writer =
         options.format == "npy" ? makeNpyWriter(options.path, windowConfig(options)) : makeCsvWriter(options.path);
@@ -126,7 +133,7 @@ int runFeatures(const std::vector<std::string>& arguments) {
         diagnostics.error(writer->describeError());
         return SomeFailed;
     }
-    return run(options, diagnostics, *writer);
+    return run(options, isSetWhole, diagnostics, *writer);
 }
 
 }  // namespace Zantrix::Cli

@@ -20,6 +20,10 @@ constexpr const char* c_szComputer = "computer";
 // The longest window: a minute. A typing error must not take all memory.
 constexpr std::int64_t c_iMaxWindowMs = 60000;
 
+bool hasInputs(const FeaturesOptions& options) {
+    return !options.files.empty() || !options.audioSet.empty();
+}
+
 void checkWindow(const FeaturesOptions& options) {
     if (options.windowMs < 1 || options.windowMs > c_iMaxWindowMs) {
         throw UsageError("a window of " + std::to_string(options.windowMs) + " ms is refused; it must be 1 to " +
@@ -35,24 +39,13 @@ void checkOutputs(const FeaturesOptions& options) {
     if (options.format != "csv" && options.format != "npy") {
         throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
     }
-    if (options.format == "npy" && options.path.empty() && !options.files.empty()) {
+    if (options.format == "npy" && options.path.empty() && hasInputs(options)) {
         throw UsageError("--format npy needs --output PATH");
     }
     const bool hasFormula = std::any_of(options.columns.begin(), options.columns.end(),
                                         [](const Column& column) { return column.kind == Column::Kind::Formula; });
     if (!options.saveComputer.empty() && hasFormula) {
         throw UsageError("a feature computer holds no formulas: --save-computer goes with features only");
-    }
-    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer};
-    if (options.format == "npy") {
-        outputs.push_back(options.path + ".json");
-    }
-    std::set<std::string> seen;
-    for (const std::string& output : outputs) {
-        refuseToOverwrite(options.files, output);
-        if (!output.empty() && !seen.insert(output).second) {
-            throw UsageError("two outputs would go to " + output);
-        }
     }
 }
 
@@ -61,6 +54,8 @@ void checkOutputs(const FeaturesOptions& options) {
 po::options_description describeOptions(FeaturesOptions& options) {
     po::options_description description("Options");
     description.add_options()  //
+        ("audioset", po::value(&options.audioSet)->value_name("LIST"),
+         "read the files that this list names, too, behind the others")  //
         (c_szFeature, po::value<std::vector<std::string>>()->value_name("NAME..."),
          "features by name; may be given again")  //
         (c_szFormula, po::value<std::vector<std::string>>()->value_name("[NAME=]FORMULA"),
@@ -108,11 +103,27 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
         throw UsageError("no feature given; name at least one with --feature, or write a formula with --expr");
     }
     checkColumns(options.columns, featureNames);
-    if (options.files.empty() && options.saveConfig.empty() && options.saveComputer.empty()) {
+    if (!hasInputs(options) && options.saveConfig.empty() && options.saveComputer.empty()) {
         throw UsageError("no file given");
     }
     checkWindow(options);
     checkOutputs(options);
+}
+
+void protectInputs(const FeaturesOptions& options) {
+    std::vector<std::string> inputs = options.files;
+    inputs.push_back(options.audioSet);
+    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer};
+    if (options.format == "npy") {
+        outputs.push_back(options.path + ".json");
+    }
+    std::set<std::string> seen;
+    for (const std::string& output : outputs) {
+        refuseToOverwrite(inputs, output);
+        if (!output.empty() && !seen.insert(output).second) {
+            throw UsageError("two outputs would go to " + output);
+        }
+    }
 }
 
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) {

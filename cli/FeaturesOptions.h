@@ -15,6 +15,7 @@ namespace Zantrix::Cli {
 /// What a run of 'murvane-audio features' is to do.
 struct FeaturesOptions {
     std::vector<std::string> files;
+    std::string audioSet;  ///< a list of more files; "" for none
     std::vector<Column> columns;
     std::int64_t windowMs = 32;
     std::int64_t overlapMs = 16;
@@ -39,6 +40,11 @@ std::vector<Column> collectColumns(const std::vector<GivenOption>& given);
 ///
 /// @throw UsageError for the first thing that is wrong
 void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNames);
+
+/// Makes sure that no output replaces an input or another output; after the audio set was read.
+///
+/// @throw UsageError  naming the file
+void protectInputs(const FeaturesOptions& options);
 
 /// How to cut windows; the sampling rate is that of each input.
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options);

@@ -4,10 +4,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
 #include <cstdint>
-#include <numeric>
 #include <utility>
 
 namespace Zantrix::Cli {
@@ -33,24 +31,6 @@ std::size_t utf8Length(std::string_view text) {
     const bool outOfRange = length >= 3 && ((first == 0xe0 && byte(1) < 0xa0) || (first == 0xed && byte(1) > 0x9f) ||
                                             (first == 0xf0 && byte(1) < 0x90) || (first == 0xf4 && byte(1) > 0x8f));
     return outOfRange ? 0 : length;
-}
-
-// How many characters must be inserted, deleted, replaced, or exchanged with their neighbour.
-std::size_t editDistance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> beforeLast;
-    std::vector<std::size_t> last(b.size() + 1);
-    std::iota(last.begin(), last.end(), std::size_t(0));
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::vector<std::size_t> row(b.size() + 1, i);
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
-                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
-            }
-        }
-        beforeLast = std::exchange(last, std::move(row));
-    }
-    return last.back();
 }
 
 }  // namespace
@@ -109,12 +89,6 @@ std::string hexBytes(std::string_view text) {
     return hex;
 }
 
-std::string upperCase(std::string_view text) {
-    std::string upper(text);
-    std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return std::toupper(c); });
-    return upper;
-}
-
 std::string shortest(double value) {
     std::array<char, c_iMaxNumberLength> text{};
     return {text.data(), writeShortest(text.data(), value)};
@@ -125,8 +99,8 @@ std::vector<std::string> nearWords(std::string_view word, const std::vector<std:
     const std::string wanted = upperCase(word.substr(0, 100));
     std::vector<std::pair<std::size_t, std::string>> ranked;
     for (const std::string& candidate : candidates) {
-        const std::size_t distance = editDistance(wanted, upperCase(candidate));
-        const bool isPart = wanted.size() >= 4 && candidate.find(wanted) != std::string::npos;
+        const std::size_t distance = Text::editDistance(wanted, candidate);
+        const bool isPart = wanted.size() >= 4 && upperCase(candidate).find(wanted) != std::string::npos;
         if (distance <= std::max<std::size_t>(2, wanted.size() / 3) || isPart) {
             ranked.emplace_back(distance, candidate);
         }

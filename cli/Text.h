@@ -1,5 +1,7 @@
 #pragma once
 
+#include <murvane/core/Text.h>
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -7,6 +9,8 @@
 
 /// Small operations on text.
 namespace Zantrix::Cli {
+
+using Text::upperCase;
 
 /// A field of a CSV row: in quotes, with quotes doubled, where it holds a comma, a quote or a line end (RFC 4180).
 std::string csvField(std::string_view text);
@@ -21,8 +25,6 @@ bool isUtf8(std::string_view text);
 
 /// Two lower-case digits a byte.
 std::string hexBytes(std::string_view text);
-
-std::string upperCase(std::string_view text);
 
 /// The shortest text that gives this number back.
 std::string shortest(double value);

@@ -19,5 +19,8 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/murvane-audio-config-versio
 install(FILES ${CMAKE_BINARY_DIR}/murvane-audio-config.cmake ${CMAKE_BINARY_DIR}/murvane-audio-config-version.cmake
         DESTINATION ${package_dir})
 
+# The way back from the folder of the pkg-config file, which may be a level deeper (lib/x86_64-linux-gnu).
+file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_prefix ${pc_prefix})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/murvane-audio.pc.in ${CMAKE_BINARY_DIR}/murvane-audio.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/murvane-audio.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,12 +1,10 @@
-// The first program of README.md: prints the flatness of the spectrum of every window of a recording.
-//
-//     first_features CALL.wav
 #include <murvane/audio.h>
 
 #include <iostream>
 
+// Prints, for every window of a recording, its time and the flatness of its spectrum.
 int main(int, char** argv) {
-    Zantrix::Audio::LinearAudioWindower::Config config;  // 8000 Hz
+    Zantrix::Audio::LinearAudioWindower::Config config;  // 8000 samples per second, unless it says otherwise
     config.m_uiWindowSizeMs = 32;
     config.m_uiWindowOverlapMs = 16;
 

@@ -5,20 +5,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <testkit/SpecialNumbers.h>
 #include <testkit/WavFixture.h>
 #include <vector>
 
 using namespace Zantrix::Audio;
 using testing::ElementsAre;
 using Samples = std::vector<double>;
-
-namespace {
-
-constexpr double c_dNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double c_dInfinity = std::numeric_limits<double>::infinity();
-
-}  // namespace
+using testkit::c_dInfinity;
+using testkit::c_dNaN;
 
 TEST(SilenceRatioArithmetic, PeakIsTheLargerOfBothExtremes) {
     EXPECT_EQ(peakAmplitude({}), 0.0);

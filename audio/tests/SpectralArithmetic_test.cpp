@@ -10,17 +10,17 @@
 
 #include <limits>
 #include <numeric>
+#include <testkit/SpecialNumbers.h>
 #include <testkit/WavFixture.h>
 #include <vector>
 
 using namespace Zantrix::Audio;
 using testing::Each;
 using testing::ElementsAre;
+using testkit::c_dInfinity;
+using testkit::c_dNaN;
 
 namespace {
-
-constexpr double c_dNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double c_dInfinity = std::numeric_limits<double>::infinity();
 
 // The same bin of two spectra side by side.
 typedef double Lanes __attribute__((vector_size(2 * sizeof(double))));

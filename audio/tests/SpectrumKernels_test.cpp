@@ -9,29 +9,26 @@
 #include <array>
 #include <cmath>
 #include <complex>
-#include <cstring>
 #include <limits>
 #include <numbers>
-#include <random>
 #include <string>
 #include <testkit/AllocationCounter.h>
 #include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace {
 
 using namespace Zantrix::Audio;
 using Values = std::vector<double>;
-
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
+using testkit::c_dInfinity;
+using testkit::c_dNaN;
+using testkit::sameBytes;
 
 Values noise(std::size_t n, unsigned seed) {
-    std::mt19937_64 generator(seed);
-    std::uniform_real_distribution<double> sample(-1.0, 1.0);
-    Values values(n);
-    std::generate(values.begin(), values.end(), [&] { return sample(generator); });
-    return values;
+    return testkit::noise(n, seed, 1.0);
 }
 
 Values weightsOf(std::size_t n) {
@@ -60,16 +57,16 @@ std::vector<Values> windowsOfEveryKind(std::size_t n, std::size_t count) {
     for (unsigned i = 0; windows.size() < count; ++i) {
         const Values ordinary = noise(n, i);
         const std::array kinds = {ordinary,
-                                  with(ordinary, 1, notANumber),
+                                  with(ordinary, 1, c_dNaN),
                                   Values(n, 0.0),
                                   ordinary,
-                                  with(ordinary, 3, infinity),
+                                  with(ordinary, 3, c_dInfinity),
                                   Values(n, -0.0),
                                   scaled(ordinary, 1e-310),
                                   scaled(ordinary, 1e-160),
                                   scaled(ordinary, 1e-162),
                                   scaled(ordinary, 1e200),
-                                  with(with(ordinary, 0, -infinity), 5, -notANumber),
+                                  with(with(ordinary, 0, -c_dInfinity), 5, -c_dNaN),
                                   Values(n, 1.0),
                                   scaled(ordinary, std::numeric_limits<double>::max()),
                                   with(Values(n, 0.0), 7, std::numeric_limits<double>::denorm_min())};
@@ -99,7 +96,7 @@ std::vector<Values> spectraOf(const std::vector<Values>& windows, const Values& 
                               std::span<const SpectrumKernel> kernels = spectrumKernels()) {
     const std::size_t n = weights.size();
     std::vector<Values> spectra(windows.size(), Values(n / 2, 12.5));
-    Values scratch(spectrumScratchSize(n), notANumber);
+    Values scratch(spectrumScratchSize(n), c_dNaN);
     powerSpectra(pointersTo(windows), weights.data(), n, pointersTo(spectra), scratch, kernels);
     return spectra;
 }
@@ -111,10 +108,6 @@ Values spectrumOfOne(Values window, const Values& weights) {
     powerSpectrum(window);
     window.resize(window.size() / 2);
     return window;
-}
-
-bool sameBytes(const Values& a, const Values& b) {
-    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
 }
 
 /// One case for each kernel of this processor.
@@ -318,10 +311,10 @@ TEST(PowerSpectrum, SilenceStaysZero) {
 }
 
 TEST(PowerSpectrum, ASampleThatIsNotANumberLeavesTheSameNaNEverywhere) {
-    for (const double odd : {notANumber, -notANumber, infinity}) {
+    for (const double odd : {c_dNaN, -c_dNaN, c_dInfinity}) {
         Values window = noise(256, 8);
         window[17] = odd;
-        EXPECT_TRUE(sameBytes(spectrumOfOne(window, Values(256, 1.0)), Values(128, notANumber)));
+        EXPECT_TRUE(sameBytes(spectrumOfOne(window, Values(256, 1.0)), Values(128, c_dNaN)));
     }
 }
 

@@ -185,8 +185,9 @@ TEST_F(WindowedAudioFileReaderTest, TracesItsOperations) {
     testkit::writeAudio(path, ramp(150));
     LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
     WindowedAudioFileReader reader;
-    EXPECT_EQ(log.take(), joined(testkit::traced(c_szReader, "AudioFileReader", "AudioFileReader ctor"),
-                                 testkit::traced(c_szWindowed, c_szSource, "WindowedAudioFileReader ctor")));
+    EXPECT_EQ(log.take(),
+              joined(testkit::traced(reader_test::c_szCategory, reader_test::c_szSource, "AudioFileReader ctor"),
+                     testkit::traced(c_szWindowed, c_szSource, "WindowedAudioFileReader ctor")));
     EXPECT_TRUE(reader.configure(Config()));
     EXPECT_EQ(log.take(),
               traced("configure", joined(tracedWindower("configure"),

@@ -11,17 +11,18 @@
 #include <memory>
 #include <string>
 #include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/SpecialNumbers.h>
 #include <typeinfo>
 #include <vector>
 
 /// What the tests of the feature families share.
 namespace featuretesting {
 
+using testkit::c_dInfinity;
+using testkit::c_dNaN;
 using Zantrix::Math::DoubleVector;
 using Zantrix::Math::SignalFeature;
-
-inline constexpr double c_dNaN = std::numeric_limits<double>::quiet_NaN();
-inline constexpr double c_dInfinity = std::numeric_limits<double>::infinity();
 
 /// The values of one computation, which must succeed.
 inline DoubleVector valuesOf(SignalFeature& feature, const DoubleVector& in) {
@@ -31,12 +32,8 @@ inline DoubleVector valuesOf(SignalFeature& feature, const DoubleVector& in) {
 }
 
 /// Equal to the bit, but for the payload of a NaN.
-inline bool identical(double a, double b) {
-    return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
-}
-
 MATCHER_P(IsIdenticalTo, expected, "is, value by value, " + testing::PrintToString(expected)) {
-    return std::equal(arg.begin(), arg.end(), expected.begin(), expected.end(), identical);
+    return testkit::sameBits(arg, expected);
 }
 
 /// A clone, which must be of the very type of the original.
@@ -59,6 +56,15 @@ inline DoubleVector risingSpectrum(std::size_t count) {
         spectrum.push_back(2.0 * static_cast<double>(k + 1) / static_cast<double>(count * (count + 1)));
     }
     return spectrum;
+}
+
+/// 0, 1, 2 ... so that every value tells its bin.
+inline DoubleVector binNumbers(std::size_t count) {
+    DoubleVector values;
+    for (std::size_t k = 0; k < count; ++k) {
+        values.push_back(static_cast<double>(k));
+    }
+    return values;
 }
 
 /// `count` zeros but for one value.

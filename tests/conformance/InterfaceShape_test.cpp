@@ -137,7 +137,8 @@ TEST(InterfaceShape, ReaderKeepsTheOrderOfItsOperations) {
 
 static_assert(DerivesVirtuallyFrom<SignalWindow, Cloneable>);
 static_assert(DerivesVirtuallyFrom<SignalWindow, Object> && std::is_abstract_v<SignalWindow>);
-static_assert(DerivesFrom<SignalWindowImpl, SignalWindow> && std::is_abstract_v<SignalWindowImpl>);
+static_assert(DerivesFrom<SignalWindowImpl, SignalWindow> && !DerivesVirtuallyFrom<SignalWindowImpl, SignalWindow> &&
+              std::is_abstract_v<SignalWindowImpl>);
 static_assert(DerivesFrom<HannWindow, SignalWindowImpl> && !std::is_abstract_v<HannWindow>);
 static_assert(!std::is_constructible_v<SignalWindowImpl, std::size_t>, "for derived shapes only");
 static_assert(std::is_constructible_v<HannWindow, std::size_t> && Copies<HannWindow>);

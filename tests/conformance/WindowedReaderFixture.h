@@ -1,19 +1,19 @@
 #pragma once
 
-// What the tests of the windowed file reader share.
+// What the tests of the windowed file reader share, over what those of the reader and of the windower do.
+#include "ReaderFixture.h"
+#include "WindowerFixture.h"
+
 #include <murvane/audio/input/AudioWindowedFileReader.h>
-
-#include <gmock/gmock.h>
-
-#include <cstdint>
-#include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/TraceRecords.h>
-#include <testkit/WavFixture.h>
-#include <vector>
 
 namespace windowed_reader_test {
 
+using reader_test::c_atEnd;
+using reader_test::c_cannotSeek;
+using reader_test::c_lastChunk;
+using reader_test::c_willReopen;
+using reader_test::opened;
+using reader_test::ramp;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -23,62 +23,30 @@ using testkit::LogRecord;
 using testkit::LogRecorder;
 using testkit::LogRecords;
 using testkit::TemporaryFolder;
+using windower_test::Config;
+using windower_test::config;
 using Zantrix::Audio::AudioFileReader;
 using Zantrix::Audio::LinearAudioWindower;
 using Zantrix::Audio::WindowedAudioFileReader;
 using Zantrix::Math::DoubleVector;
-using Config = LinearAudioWindower::Config;
 
-inline constexpr const char* c_szReader = "murvane.audio.AudioFileReader";
 inline constexpr const char* c_szWindowed = "murvane.audio.WindowedAudioFileReader";
 inline constexpr const char* c_szSource = "AudioWindowedFileReader";
 
-inline const LogRecord c_lastChunk{c_szReader, log4cplus::DEBUG_LOG_LEVEL,
-                                   "Last chunk of audio read, end of file reached", "AudioFileReader", 202};
-inline const LogRecord c_atEnd{c_szReader, log4cplus::DEBUG_LOG_LEVEL, "End of file reached", "AudioFileReader", 214};
-inline const LogRecord c_cannotSeek{c_szReader, log4cplus::ERROR_LOG_LEVEL,
-                                    "Audio file is not seekable, gotoAudioTime() is not supported", "AudioFileReader",
-                                    177};
-inline const LogRecord c_willReopen{
-    c_szReader, log4cplus::WARN_LOG_LEVEL,
-    "Audio file is not seekable, will need to close and then open the file to rewind it", "AudioFileReader", 147};
 inline const LogRecord c_notEnough{c_szWindowed, log4cplus::DEBUG_LOG_LEVEL, "New data not enough to make a new window",
                                    c_szSource, 133};
 inline const LogRecord c_endOfWindows{c_szWindowed, log4cplus::DEBUG_LOG_LEVEL, "End of file reached", c_szSource, 134};
-
-inline LogRecord opened(const std::string& path) {
-    return {c_szReader, log4cplus::DEBUG_LOG_LEVEL, path + " : sfInfo.format=0x10002", "AudioFileReader", 106};
-}
 
 inline LogRecords traced(const char* operation, const LogRecords& inside = {}) {
     return testkit::traced(c_szWindowed, c_szSource, std::string("WindowedAudioFileReader::") + operation, inside);
 }
 
 inline LogRecords tracedReader(const char* operation, const LogRecords& inside = {}) {
-    return testkit::traced(c_szReader, "AudioFileReader", std::string("AudioFileReader::") + operation, inside);
+    return reader_test::traced(operation, inside);
 }
 
 inline LogRecords tracedWindower(const char* operation) {
-    return testkit::traced("murvane.audio.LinearAudioWindower", "AudioLinearWindower",
-                           std::string("LinearAudioWindower::") + operation);
-}
-
-inline Config config(std::uint64_t rate, std::uint64_t sizeMs, std::uint64_t overlapMs, bool suppressDC = false) {
-    Config result;
-    result.m_uiSampleRate = rate;
-    result.m_uiWindowSizeMs = sizeMs;
-    result.m_uiWindowOverlapMs = overlapMs;
-    result.m_bSuppressDCOffset = suppressDC;
-    return result;
-}
-
-/// Samples that 16 bits hold exactly, and that tell their own position.
-inline std::vector<double> ramp(std::size_t count, std::size_t first = 0) {
-    std::vector<double> samples(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        samples[i] = static_cast<double>((first + i) % 16000) / 32768.0;
-    }
-    return samples;
+    return windower_test::traced(operation);
 }
 
 class WindowedAudioFileReaderTest : public testing::Test {

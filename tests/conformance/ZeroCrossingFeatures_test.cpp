@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <testkit/LogRecorder.h>
+#include <testkit/SpecialNumbers.h>
 #include <testkit/WavFixture.h>
 
 using namespace Zantrix;
@@ -16,13 +17,13 @@ using namespace Zantrix::Audio;
 using Math::DoubleVector;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testkit::c_dInfinity;
+using testkit::c_dNaN;
 using testkit::LogRecord;
 using testkit::LogRecorder;
 
 namespace {
 
-constexpr double c_dNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double c_dInfinity = std::numeric_limits<double>::infinity();
 constexpr double c_dSmallest = std::numeric_limits<double>::denorm_min();
 
 // The number of crossings in one window.

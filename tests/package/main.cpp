@@ -1,15 +1,15 @@
 // A program as a user writes it: it includes the one public header and links the one library. It archives a feature
 // computer, loads it back through a pointer to its base, and computes features of a constant window, whose spectrum
 // is known: that of the Hann window itself.
-#include <cmath>
-#include <iostream>
-#include <memory>
-#include <sstream>
+#include <murvane/audio.h>
 
 #include <boost/archive/polymorphic_text_iarchive.hpp>
 #include <boost/archive/polymorphic_text_oarchive.hpp>
 
-#include <murvane/audio.h>
+#include <cmath>
+#include <iostream>
+#include <memory>
+#include <sstream>
 
 namespace {
 

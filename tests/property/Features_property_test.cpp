@@ -280,9 +280,9 @@ TEST(FeatureNames, AnElementWrittenFromItsPartsSplitsIntoThem) {
         std::string element = base;
         for (std::size_t count = random.below(4); count > 0; --count) {
             // Parameters neither begin nor end with a blank, but may hold an underscore.
-            params.push_back("p" + text(4) + "_q");
-            element += (params.size() == 1 ? "(" : ",") + std::string(random.below(3), ' ') + params.back() +
-                       std::string(random.below(3), '\t');
+            params.emplace_back("p").append(text(4)).append("_q");
+            element.append(params.size() == 1 ? "(" : ",").append(random.below(3), ' ').append(params.back());
+            element.append(random.below(3), '\t');
         }
         element += params.empty() ? "" : ")";
         std::string splitBase;

@@ -43,6 +43,7 @@
 #include <murvane/core/RefCountedObjPtr.h>
 #include <murvane/core/SingletonRegistry.h>
 #include <murvane/core/StringVector.h>
+#include <murvane/core/Text.h>
 #include <murvane/iff/ByteCursor.h>
 #include <murvane/iff/Chunk.h>
 #include <murvane/iff/ChunkId.h>

@@ -17,7 +17,7 @@ namespace {
 }  // namespace
 
 AnnotationBuilder& AnnotationBuilder::getInstance() {
-    static AnnotationBuilder& builder = [&]() -> AnnotationBuilder& {
+    static AnnotationBuilder& builder = []() -> AnnotationBuilder& {
         auto* pOwn = new AnnotationBuilder;
         void* pRegistered = SingletonRegistry::getInstance().registerObject(
             "AnnotationBuilder::Singleton", pOwn, [](void* p) { delete static_cast<AnnotationBuilder*>(p); });

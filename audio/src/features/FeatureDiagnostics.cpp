@@ -1,7 +1,6 @@
 #include "FeatureDiagnostics.h"
 
-#include <algorithm>
-#include <cctype>
+#include <murvane/core/Text.h>
 
 namespace Zantrix::Audio {
 
@@ -11,9 +10,7 @@ const Logger& featureLogger() {
 }
 
 std::string configKey(const char* featureName, const char* parameterName) {
-    std::string key(featureName);
-    std::transform(key.begin(), key.end(), key.begin(), [](unsigned char c) { return std::tolower(c); });
-    return key + '.' + parameterName;
+    return Text::lowerCase(featureName) + '.' + parameterName;
 }
 
 }  // namespace Zantrix::Audio

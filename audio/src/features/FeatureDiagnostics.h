@@ -3,6 +3,8 @@
 #include <murvane/core/Assertion.h>
 #include <murvane/core/Logging.h>
 
+#include <string>
+
 /// What all features report with: one logger and one source name, whichever file a feature lives in.
 namespace Zantrix::Audio {
 

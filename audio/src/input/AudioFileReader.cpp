@@ -105,14 +105,19 @@ bool AudioFileReader::setNbOfFramesToRead(std::size_t n) {
 bool AudioFileReader::getNextLinearFrames(Math::DoubleVector& out) {
     const TraceScope scope(*this, "AudioFileReader::getNextLinearFrames", c_szSource, __LINE__);
 
-    out.clear();
     if (m_bAtEnd) {
+        out.clear();
         log(LogLevel::Debug, c_szSource, 214, "End of file reached");
         return false;
     }
     // The chunk in force is the one that the buffer was made for; a closed reader has nothing to fill it with.
     const std::size_t chunk = m_pSndFile == nullptr ? m_uiNbFramesToRead : m_vReadBuffer.size();
-    const std::size_t framesRead = m_pSndFile == nullptr ? 0 : readChunk();
+    if (m_pSndFile == nullptr) {
+        out.clear();
+    } else {
+        readChunk(out);
+    }
+    const std::size_t framesRead = out.size();
     if (framesRead != chunk) {
         log(LogLevel::Debug, c_szSource, 202, "Last chunk of audio read, end of file reached");
         m_bAtEnd = true;
@@ -120,23 +125,25 @@ bool AudioFileReader::getNextLinearFrames(Math::DoubleVector& out) {
     }
     m_uiNbFramesRead += framesRead;
     m_dCurrentAudioTime += static_cast<double>(framesRead) * m_dSamplePeriod;
-    out.append(m_vReadBuffer);
     return true;
 }
 
-// Fills the buffer as far as the file reaches and tells how far that is.
-std::size_t AudioFileReader::readChunk() {
+// Replaces `out` by the next chunk, as far as the file reaches.
+void AudioFileReader::readChunk(Math::DoubleVector& out) {
     const auto wanted = static_cast<sf_count_t>(m_vReadBuffer.size());
     if (!isPlain16Bit(m_iFormat)) {
-        return static_cast<std::size_t>(sf_read_double(m_pSndFile.get(), m_vReadBuffer.data(), wanted));
+        const sf_count_t framesRead = sf_read_double(m_pSndFile.get(), m_vReadBuffer.data(), wanted);
+        out.assign(m_vReadBuffer.begin(), m_vReadBuffer.begin() + framesRead);
+        return;
     }
-    // The commonest encoding, read as it stands and scaled here: the same samples to the bit, three times as fast.
+    // The commonest encoding, read as it stands and scaled here: the same samples to the bit, three times as fast. They
+    // go to their place at once, which has its size already if the caller passes the vector of the last chunk.
     m_vShorts.resize(m_vReadBuffer.size());
     const auto framesRead = static_cast<std::size_t>(sf_read_short(m_pSndFile.get(), m_vShorts.data(), wanted));
+    out.resize(framesRead);
     for (std::size_t i = 0; i < framesRead; ++i) {
-        m_vReadBuffer[i] = m_vShorts[i] * (1.0 / 0x8000);
+        out[i] = m_vShorts[i] * (1.0 / 0x8000);
     }
-    return framesRead;
 }
 
 bool AudioFileReader::getAllLinearFrames(Math::DoubleVector& out) {

@@ -1,6 +1,7 @@
 #include <murvane/core/FileReplacement.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -34,6 +35,13 @@ std::string folderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+// The path, its last name cut where it is too long to have an ending of ours added.
+std::string withRoomInName(const std::string& path) {
+    constexpr std::size_t longest = NAME_MAX - 32;
+    const std::size_t name = path.rfind('/') + 1;  // 0 without a folder
+    return path.size() - name > longest ? path.substr(0, name + longest) : path;
+}
+
 // A rename is only safe on disk once its folder is.
 void flushFolder(const std::string& folder) {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -41,6 +49,25 @@ void flushFolder(const std::string& folder) {
         ::fsync(descriptor);
         ::close(descriptor);
     }
+}
+
+// Calls `writeSome`, which may write a part or be interrupted, until all is written; false, with errno set, when it
+// fails.
+template <typename WriteSome>
+bool writeWhole(const void* bytes, std::size_t size, WriteSome writeSome) {
+    const char* next = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = writeSome(next, size);
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        next += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
 }
 
 }  // namespace
@@ -58,6 +85,10 @@ bool FileReplacement::open(const std::string& path, InPlace inPlace) {
 
     struct stat status {};
     const bool exists = ::stat(m_strTarget.c_str(), &status) == 0;
+    // Only what simply is not there yet can be made; "" and links in a circle are not.
+    if (!exists && (errno != ENOENT || m_strTarget.empty())) {
+        return fail(errno);
+    }
     if (exists && !S_ISREG(status.st_mode)) {
         if (S_ISDIR(status.st_mode)) {
             return fail(EISDIR);
@@ -75,8 +106,9 @@ bool FileReplacement::open(const std::string& path, InPlace inPlace) {
 
     // A replacement of a private file is private from its first moment; a new file gets what the user's mask leaves.
     const mode_t mode = exists ? 0600 : 0666;
+    const std::string prefix = withRoomInName(m_strTarget) + ".tmp-" + std::to_string(::getpid()) + "-";
     for (int attempt = 0; m_iDescriptor < 0 && (attempt == 0 || (errno == EEXIST && attempt < 100)); ++attempt) {
-        m_strTemporary = m_strTarget + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
+        m_strTemporary = prefix + std::to_string(attempt);
         m_iDescriptor = ::open(m_strTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     }
     if (m_iDescriptor >= 0) {
@@ -106,7 +138,7 @@ bool FileReplacement::adoptModeAndOwner() {
 bool FileReplacement::write(const void* bytes, std::size_t size) {
     if (m_eKind == Kind::Buffer) {
         m_strBuffer.append(static_cast<const char*>(bytes), size);
-    } else if (!writeAll(m_iDescriptor, bytes, size)) {
+    } else if (!append(bytes, size)) {
         return false;
     }
     m_uiSize += size;
@@ -114,27 +146,30 @@ bool FileReplacement::write(const void* bytes, std::size_t size) {
 }
 
 bool FileReplacement::writeAt(std::uint64_t offset, const void* bytes, std::size_t size) {
+    if (!isSeekable()) {
+        return fail(ESPIPE);
+    }
+    if (offset > m_uiSize || size > m_uiSize - offset) {
+        return fail(EINVAL);
+    }
     if (m_eKind == Kind::Buffer) {
         m_strBuffer.replace(offset, size, static_cast<const char*>(bytes), size);
         return true;
     }
-    const char* next = static_cast<const char*>(bytes);
-    while (size > 0) {
-        const ssize_t written = ::pwrite(m_iDescriptor, next, size, static_cast<off_t>(offset));
-        if (written < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return fail(errno);
-        }
-        next += written;
-        offset += static_cast<std::uint64_t>(written);
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
+    const auto writeSome = [&](const char* next, std::size_t rest) {
+        return ::pwrite(m_iDescriptor, next, rest,
+                        static_cast<off_t>(offset) + (next - static_cast<const char*>(bytes)));
+    };
+    return writeWhole(bytes, size, writeSome) || fail(errno);
 }
 
 bool FileReplacement::truncate(std::uint64_t size) {
+    if (!isSeekable()) {
+        return fail(ESPIPE);
+    }
+    if (size >= m_uiSize) {
+        return true;
+    }
     if (m_eKind == Kind::Buffer) {
         m_strBuffer.resize(size);
     } else if (::ftruncate(m_iDescriptor, static_cast<off_t>(size)) != 0 ||
@@ -151,7 +186,7 @@ bool FileReplacement::commit() {
         if (m_iDescriptor < 0) {
             return fail(errno);
         }
-        if (!writeAll(m_iDescriptor, m_strBuffer.data(), m_strBuffer.size())) {
+        if (!append(m_strBuffer.data(), m_strBuffer.size())) {
             return false;
         }
     }
@@ -173,20 +208,10 @@ bool FileReplacement::commit() {
     return true;
 }
 
-bool FileReplacement::writeAll(int descriptor, const void* bytes, std::size_t size) {
-    const char* next = static_cast<const char*>(bytes);
-    while (size > 0) {
-        const ssize_t written = ::write(descriptor, next, size);
-        if (written < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return fail(errno);
-        }
-        next += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
+// Writes at the end of the file that is open.
+bool FileReplacement::append(const void* bytes, std::size_t size) {
+    const auto writeSome = [&](const char* next, std::size_t rest) { return ::write(m_iDescriptor, next, rest); };
+    return writeWhole(bytes, size, writeSome) || fail(errno);
 }
 
 bool FileReplacement::fail(int errorNumber) {

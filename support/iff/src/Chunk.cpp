@@ -8,7 +8,7 @@
 namespace Zantrix::IFF {
 
 Chunk::Chunk(ChunkId id) : m_id(id) {
-    if (isListId(id) || id == kRiffId || id == kCueId) {
+    if (isListId(id) || id == c_riffId || id == c_cueId) {
         m_pList = std::make_unique<ChunkList>();
     }
 }

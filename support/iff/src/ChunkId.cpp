@@ -19,14 +19,14 @@ bool ChunkId::isPrintable() const {
 }
 
 std::string ChunkId::toString() const {
-    static constexpr char kDigits[] = "0123456789abcdef";
+    static constexpr char c_szDigits[] = "0123456789abcdef";
     std::string text;
     for (const char c : m_code) {
         if (isPrintableAscii(c)) {
             text += c;
         } else {
             const auto value = static_cast<unsigned char>(c);
-            text += {'\\', 'x', kDigits[value >> 4], kDigits[value & 0xf]};
+            text += {'\\', 'x', c_szDigits[value >> 4], c_szDigits[value & 0xf]};
         }
     }
     return text;

@@ -11,7 +11,7 @@ namespace Zantrix::IFF {
 namespace {
 
 // Enough for people; a hostile file could have one for every eight of its bytes.
-constexpr std::size_t kMaxFindings = 1000;
+constexpr std::size_t c_uiMaxFindings = 1000;
 
 }  // namespace
 
@@ -20,7 +20,7 @@ ChunkReader::ChunkReader(std::shared_ptr<const std::string> file, const ReadLimi
 
 template <typename... Parts>
 void ChunkReader::note(std::uint64_t offset, const Parts&... parts) {
-    if (m_vFindings.size() < kMaxFindings) {
+    if (m_vFindings.size() < c_uiMaxFindings) {
         m_vFindings.push_back({offset, concatenate(parts...)});
     }
 }
@@ -40,27 +40,27 @@ bool ChunkReader::fail(std::uint64_t offset, const char* what, const Parts&... p
 
 bool ChunkReader::read(Chunk& riff, SharedBytes& trailing) {
     const std::string_view file = *m_pFile;
-    ByteCursor bytes(file.substr(kRiffHeaderSize), kRiffHeaderSize);
+    ByteCursor bytes(file.substr(c_uiRiffHeaderSize), c_uiRiffHeaderSize);
     ByteCursor header(file.substr(4, 4));
     std::uint32_t size = 0;
     header.read(size);
 
-    std::uint64_t end = kHeaderSize + std::uint64_t{size};
-    if (end < kRiffHeaderSize || end > file.size()) {
-        noteInexact(4, "the RIFF chunk says ", size, " bytes, ", file.size() - kHeaderSize, " are there");
+    std::uint64_t end = c_uiHeaderSize + std::uint64_t{size};
+    if (end < c_uiRiffHeaderSize || end > file.size()) {
+        noteInexact(4, "the RIFF chunk says ", size, " bytes, ", file.size() - c_uiHeaderSize, " are there");
         end = file.size();
     }
     ChunkList& list = *riff.getList();
-    list.setType(kWaveType);
+    list.setType(c_waveType);
     if (!readTopLevel(bytes, end, list)) {
         return false;
     }
 
-    if (size > file.size() - kHeaderSize && !list.empty()) {
+    if (size > file.size() - c_uiHeaderSize && !list.empty()) {
         // The RIFF chunk promised more than there is: its last chunk's padding byte was cut off, not forgotten.
         list.m_chunks.back().repairPadding();
     }
-    if ((end - kHeaderSize) % 2 != 0) {
+    if ((end - c_uiHeaderSize) % 2 != 0) {
         // Only a zero can be taken for padding here: anything else is kept as what follows the RIFF chunk.
         if (!bytes.isAtEnd() && bytes.getRest()[0] == 0) {
             bytes.skip(1);
@@ -96,10 +96,10 @@ bool ChunkReader::readTopLevel(ByteCursor& bytes, std::uint64_t& end, ChunkList&
 bool ChunkReader::takeTopLevelChunk(ByteCursor& bytes, std::uint64_t& end, RawChunk& chunk) {
     const std::uint64_t fileEnd = m_pFile->size();
     const auto moveEnd = [&](std::uint64_t to) {
-        noteInexact(4, "the RIFF chunk says ", end - kHeaderSize, " bytes, its chunks take ", to - kHeaderSize);
+        noteInexact(4, "the RIFF chunk says ", end - c_uiHeaderSize, " bytes, its chunks take ", to - c_uiHeaderSize);
         end = to;
     };
-    if (bytes.getOffset() + kHeaderSize > end) {
+    if (bytes.getOffset() + c_uiHeaderSize > end) {
         if (!goesOnAfterEnd(bytes)) {
             return false;
         }
@@ -145,7 +145,7 @@ ByteCursor ChunkReader::endWithin(const ByteCursor& bytes, std::uint64_t end, Ra
 bool ChunkReader::goesOnAfterEnd(const ByteCursor& bytes) const {
     ByteCursor cursor = bytes;
     ChunkId id;
-    return cursor.read(id) && id != kRiffId && dividesIntoChunks(bytes, false);
+    return cursor.read(id) && id != c_riffId && dividesIntoChunks(bytes, false);
 }
 
 bool ChunkReader::readList(ByteCursor bytes, ChunkList& list, unsigned depth) {
@@ -176,7 +176,7 @@ bool ChunkReader::add(const RawChunk& raw, ChunkList& list, unsigned depth) {
 /// Gives a chunk its content: a list where it is one, plain bytes otherwise.
 bool ChunkReader::addBelow(const RawChunk& raw, Chunk& chunk, unsigned depth) {
     ByteCursor content = raw.content;
-    if (raw.id == kCueId) {
+    if (raw.id == c_cueId) {
         if (content.remaining() >= sizeof(std::uint32_t)) {
             return readCueTable(raw, *chunk.m_pList);
         }
@@ -185,7 +185,7 @@ bool ChunkReader::addBelow(const RawChunk& raw, Chunk& chunk, unsigned depth) {
         ChunkId type;
         if (!content.read(type)) {
             note(raw.uiOffset, "the list of ", content.remaining(), " bytes has no type");
-        } else if (type != kAnnotationsType && !dividesIntoChunks(content, true)) {
+        } else if (type != c_annotationsType && !dividesIntoChunks(content, true)) {
             note(raw.uiOffset, "the list \"", type, "\" does not divide into chunks; it is kept as plain bytes");
         } else if (depth > m_limits.uiMaxDepth) {
             return fail(raw.uiOffset, "a list", "lists are nested more than ", m_limits.uiMaxDepth, " deep");
@@ -203,7 +203,7 @@ bool ChunkReader::readCueTable(const RawChunk& raw, ChunkList& list) {
     ByteCursor bytes = raw.content;
     std::uint32_t count = 0;
     bytes.read(count);
-    const std::size_t room = bytes.remaining() / kCueRecordSize;
+    const std::size_t room = bytes.remaining() / c_uiCueRecordSize;
     if (count > room) {
         noteInexact(raw.uiOffset, "the cue chunk says ", count, " points, ", room, " are there");
     }
@@ -211,10 +211,10 @@ bool ChunkReader::readCueTable(const RawChunk& raw, ChunkList& list) {
         if (!countChunk(bytes.getOffset())) {
             return false;
         }
-        Chunk& record = list.m_chunks.emplace_back(kCueRecordId);
+        Chunk& record = list.m_chunks.emplace_back(c_cueRecordId);
         record.m_uiFileOffset = static_cast<std::uint32_t>(bytes.getOffset());
         std::string_view content;
-        bytes.read(kCueRecordSize, content);
+        bytes.read(c_uiCueRecordSize, content);
         record.m_bytes = share(content);
     }
     takeTail(bytes.getRest(), bytes.getOffset(), list);

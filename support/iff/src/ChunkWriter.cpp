@@ -49,13 +49,14 @@ bool ChunkWriter::measureList(const Chunk& owner, std::uint64_t& size) {
     const ChunkList& list = *owner.getList();
     size = sizeof(std::uint32_t) + std::uint64_t{list.getTail().size()};  // type or count
     for (const Chunk& chunk : list) {
-        if (owner.getId() == kCueId) {
-            if (chunk.getId() != kCueRecordId || chunk.getList() != nullptr || chunk.getSize() != kCueRecordSize) {
-                m_strError = concatenate("writing chunk \"", kCueId, "\": \"", chunk.getId(), "\" of ", chunk.getSize(),
-                                         " bytes in it is not a cue point of ", kCueRecordSize, " bytes");
+        if (owner.getId() == c_cueId) {
+            if (chunk.getId() != c_cueRecordId || chunk.getList() != nullptr || chunk.getSize() != c_uiCueRecordSize) {
+                m_strError =
+                    concatenate("writing chunk \"", c_cueId, "\": \"", chunk.getId(), "\" of ", chunk.getSize(),
+                                " bytes in it is not a cue point of ", c_uiCueRecordSize, " bytes");
                 return false;
             }
-            size += kCueRecordSize;
+            size += c_uiCueRecordSize;
             continue;
         }
         std::uint64_t content = 0;
@@ -63,7 +64,7 @@ bool ChunkWriter::measureList(const Chunk& owner, std::uint64_t& size) {
             return false;
         }
         const bool padded = content % 2 != 0 && chunk.m_ePadding == Chunk::Padding::Present;
-        size += kHeaderSize + content + (padded ? 1 : 0);
+        size += c_uiHeaderSize + content + (padded ? 1 : 0);
     }
     return true;
 }
@@ -87,7 +88,7 @@ void ChunkWriter::write(const Chunk& chunk, std::ostream& os) {
 
 void ChunkWriter::writeList(const Chunk& owner, std::ostream& os) {
     const ChunkList& list = *owner.getList();
-    const bool isCueTable = owner.getId() == kCueId;
+    const bool isCueTable = owner.getId() == c_cueId;
     std::vector<char> head;
     if (isCueTable) {
         appendLittleEndian(head, static_cast<std::uint32_t>(list.size()));

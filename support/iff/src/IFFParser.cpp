@@ -22,7 +22,7 @@ struct OtherKind {
     const char* szText;
 };
 
-constexpr OtherKind kOtherKinds[] = {
+constexpr OtherKind c_otherKinds[] = {
     {"RF64", "files with 64-bit sizes are not supported"},
     {"BW64", "files with 64-bit sizes are not supported"},
     {"RIFX", "files with big-endian sizes are not supported"},
@@ -34,16 +34,16 @@ bool checkHeader(std::string_view bytes, std::string& error) {
     std::uint32_t size = 0;
     ChunkId type;
     const bool complete = cursor.read(id) && cursor.read(size) && cursor.read(type);
-    const auto* other = std::find_if(std::begin(kOtherKinds), std::end(kOtherKinds),
+    const auto* other = std::find_if(std::begin(c_otherKinds), std::end(c_otherKinds),
                                      [&](const OtherKind& kind) { return kind.id == id; });
-    if (other != std::end(kOtherKinds)) {
+    if (other != std::end(c_otherKinds)) {
         error = errorText(0, "the RIFF header", "\"", id, "\": ", other->szText);
     } else if (!complete) {
-        error = errorText(0, "the RIFF header", bytes.size(), " bytes present, ", kRiffHeaderSize, " needed");
-    } else if (id != kRiffId) {
-        error = errorText(0, "the RIFF header", "\"", id, "\" instead of \"", kRiffId, "\"");
-    } else if (type != kWaveType) {
-        error = errorText(kHeaderSize, "the form type", "\"", type, "\" instead of \"", kWaveType, "\"");
+        error = errorText(0, "the RIFF header", bytes.size(), " bytes present, ", c_uiRiffHeaderSize, " needed");
+    } else if (id != c_riffId) {
+        error = errorText(0, "the RIFF header", "\"", id, "\" instead of \"", c_riffId, "\"");
+    } else if (type != c_waveType) {
+        error = errorText(c_uiHeaderSize, "the form type", "\"", type, "\" instead of \"", c_waveType, "\"");
     } else {
         return true;
     }
@@ -52,10 +52,10 @@ bool checkHeader(std::string_view bytes, std::string& error) {
 
 }  // namespace
 
-IFFParser::IFFParser(const ReadLimits& limits) : m_limits(limits), m_riff(kRiffId) {}
+IFFParser::IFFParser(const ReadLimits& limits) : m_limits(limits), m_riff(c_riffId) {}
 
 void IFFParser::clear() {
-    m_riff = Chunk(kRiffId);
+    m_riff = Chunk(c_riffId);
     m_trailing = SharedBytes();
     m_vFindings.clear();
     m_strError.clear();
@@ -89,7 +89,7 @@ std::istream& IFFParser::read(std::istream& is) {
 }
 
 bool IFFParser::parse(std::istream& source) {
-    std::string bytes(kRiffHeaderSize, '\0');
+    std::string bytes(c_uiRiffHeaderSize, '\0');
     source.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(source.gcount()));
     const std::uint64_t maxBytes = std::min(m_limits.uiMaxBytes, ReadLimits().uiMaxBytes);

@@ -4,12 +4,12 @@ namespace Zantrix::IFF {
 
 namespace {
 
-constexpr unsigned kLookAhead = 4;
+constexpr unsigned c_uiLookAhead = 4;
 
-/// How many chunks seem to follow one another from here on, at most kLookAhead; an exact end counts as that many.
+/// How many chunks seem to follow one another from here on, at most c_uiLookAhead; an exact end counts as that many.
 /// Constant time, so that asking at every chunk of a file stays linear.
 unsigned countPlausibleChunks(ByteCursor bytes, bool padded) {
-    for (unsigned count = 0; count < kLookAhead; ++count) {
+    for (unsigned count = 0; count < c_uiLookAhead; ++count) {
         if (bytes.isAtEnd()) {
             break;
         }
@@ -22,7 +22,7 @@ unsigned countPlausibleChunks(ByteCursor bytes, bool padded) {
             bytes.skip(1);
         }
     }
-    return kLookAhead;
+    return c_uiLookAhead;
 }
 
 /// Takes the padding byte after content of an odd size. Some writers forget it, others leave rubbish in it. No

@@ -9,7 +9,7 @@ namespace Zantrix::IFF {
 
 namespace {
 
-constexpr std::size_t kStep = std::size_t{64} * 1024;
+constexpr std::size_t c_uiStep = std::size_t{64} * 1024;
 
 /// How many bytes the stream says are left; 0 if it cannot tell, like a pipe.
 std::uint64_t countRest(std::istream& source) {
@@ -39,11 +39,11 @@ bool readRest(std::istream& source, std::uint64_t maxBytes, std::string& bytes, 
         return refuseSize(expected, maxBytes, error);
     }
     // Only address space: untouched pages cost nothing should the stream have promised too much.
-    bytes.reserve(static_cast<std::size_t>(expected) + kStep);
+    bytes.reserve(static_cast<std::size_t>(expected) + c_uiStep);
     while (true) {
         const std::size_t old = bytes.size();
-        bytes.resize(old + kStep);
-        source.read(bytes.data() + old, kStep);
+        bytes.resize(old + c_uiStep);
+        source.read(bytes.data() + old, c_uiStep);
         bytes.resize(old + static_cast<std::size_t>(source.gcount()));
         if (source.bad()) {
             error = errorText(bytes.size(), "the file", "the stream reported an error");

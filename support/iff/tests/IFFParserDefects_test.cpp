@@ -17,7 +17,7 @@ using wav::zeros;
 using Zantrix::IFF::IFFParser;
 
 // A chunk of three bytes, whose padding byte the tests leave out or replace. 11 bytes.
-const std::string kOdd = "data" + u32(3) + "abc";
+const std::string c_strOdd = "data" + u32(3) + "abc";
 
 void expectKept(const std::string& bytes, const std::string& outline, const std::string& findings) {
     const IFFParser parser = wav::parse(bytes);
@@ -55,9 +55,9 @@ TEST(IFFParserKeeps, LowerCaseListsAsTheyAreWritten) {
 }
 
 TEST(IFFParserKeeps, PaddingBytesThatAreNotZero) {
-    expectKept(file(kOdd + "Q" + fmt()), "data:3 fmt :16",
+    expectKept(file(c_strOdd + "Q" + fmt()), "data:3 fmt :16",
                "23: the padding byte after chunk \"data\" is 81 instead of 0\n");
-    expectKept(file(fmt() + kOdd + "\xff"), "fmt :16 data:3",
+    expectKept(file(fmt() + c_strOdd + "\xff"), "fmt :16 data:3",
                "47: the padding byte after chunk \"data\" is 255 instead of 0\n");
     expectKept(file(chunk("LIST",
                           "INFO"
@@ -67,13 +67,13 @@ TEST(IFFParserKeeps, PaddingBytesThatAreNotZero) {
 }
 
 TEST(IFFParserKeeps, OddChunksWithoutPadding) {
-    expectKept(file(kOdd + fmt() + data()), "data:3 fmt :16 data:4",
+    expectKept(file(c_strOdd + fmt() + data()), "data:3 fmt :16 data:4",
                "12: chunk \"data\" of 3 bytes lacks its padding byte\n");
     // As above, but read from one byte later this is a chunk, too: "mt \x10", of size 0x01000000 / 0x100.
-    expectKept(file(kOdd + "fmt " + u32(16) + zeros(16) + data()), "data:3 fmt :16 data:4",
+    expectKept(file(c_strOdd + "fmt " + u32(16) + zeros(16) + data()), "data:3 fmt :16 data:4",
                "12: chunk \"data\" of 3 bytes lacks its padding byte\n");
     // Read from one byte later, "unk4" of size 0 would fit just as well, but nothing after it.
-    expectKept(file(kOdd + chunk("junk", zeros('4')) + fmt()), "data:3 junk:52 fmt :16",
+    expectKept(file(c_strOdd + chunk("junk", zeros('4')) + fmt()), "data:3 junk:52 fmt :16",
                "12: chunk \"data\" of 3 bytes lacks its padding byte\n");
     expectKept(file(chunk("LIST", "INFOICOP" + u32(1) + "xISFT" + u32(1) + "yIART" + u32(2) + "ab")),
                "LIST:INFO(ICOP:1 ISFT:1 IART:2)",
@@ -82,9 +82,9 @@ TEST(IFFParserKeeps, OddChunksWithoutPadding) {
 }
 
 TEST(IFFParserKeeps, LastOddChunkWithoutPadding) {
-    expectKept(file(fmt() + kOdd), "fmt :16 data:3", "36: chunk \"data\" of 3 bytes lacks its padding byte\n");
+    expectKept(file(fmt() + c_strOdd), "fmt :16 data:3", "36: chunk \"data\" of 3 bytes lacks its padding byte\n");
     // The padding byte stands after the end of the RIFF chunk, which is one byte short.
-    expectKept(fileOfSize(4 + 24 + 11, fmt() + kOdd + zeros(1)), "fmt :16 data:3",
+    expectKept(fileOfSize(4 + 24 + 11, fmt() + c_strOdd + zeros(1)), "fmt :16 data:3",
                "47: the padding byte after chunk \"data\" is outside the RIFF chunk\n");
     // The padding byte of the list serves the last chunk in it.
     expectKept(file(chunk("LIST", "INFOISFT" + u32(3) + "abc") + fmt()), "LIST:INFO(ISFT:3) fmt :16",
@@ -101,7 +101,7 @@ TEST(IFFParserKeeps, BytesAfterTheRiffChunk) {
     expectKept(file(fmt()) + data() + data().substr(0, 11), "fmt :16", "36: 23 bytes follow the RIFF chunk\n");
     // After a RIFF chunk of odd size, only a zero byte is taken for its padding.
     expectKept(
-        file(fmt() + kOdd) + "Tail", "fmt :16 data:3",
+        file(fmt() + c_strOdd) + "Tail", "fmt :16 data:3",
         "47: the padding byte after chunk \"data\" is outside the RIFF chunk\n47: 4 bytes follow the RIFF chunk\n");
 }
 
@@ -218,7 +218,7 @@ TEST(IFFParserNormalises, ChunksAppendedWithoutPatchingTheRiffSize) {
     expectNormalised(file(fmt() + data()) + added, "fmt :16 data:4 cue :(cuep:24) LIST:adtl(labl:7)",
                      "4: the RIFF chunk says 40 bytes, its chunks take 104\n", file(fmt() + data() + added));
     // The same after a padding byte that the RIFF chunk does not count.
-    expectNormalised(fileOfSize(4 + 24 + 11, fmt() + kOdd + zeros(1)) + added,
+    expectNormalised(fileOfSize(4 + 24 + 11, fmt() + c_strOdd + zeros(1)) + added,
                      "fmt :16 data:3 cue :(cuep:24) LIST:adtl(labl:7)",
                      "4: the RIFF chunk says 39 bytes, its chunks take 40\n"
                      "4: the RIFF chunk says 40 bytes, its chunks take 104\n",

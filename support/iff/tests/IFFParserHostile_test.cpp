@@ -146,10 +146,10 @@ TEST(HostileInput, DoubtfulPaddingOfManyChunksIsDecidedInLinearTime) {
 
 TEST(LargeInput, HundredThousandAnnotationsAreFoundRemovedAndAddedInLinearTime) {
     const Stopwatch stopwatch;
-    constexpr std::uint32_t kCount = 100000;
-    std::string records = u32(kCount);
+    constexpr std::uint32_t c_uiCount = 100000;
+    std::string records = u32(c_uiCount);
     std::string texts = "adtl";
-    for (std::uint32_t id = 1; id <= kCount; ++id) {
+    for (std::uint32_t id = 1; id <= c_uiCount; ++id) {
         records += wav::cueRecord(id, id);
         texts += wav::ltxt(id, 1) + wav::labl(id, "SF_440");
     }
@@ -163,7 +163,7 @@ TEST(LargeInput, HundredThousandAnnotationsAreFoundRemovedAndAddedInLinearTime) 
     for (bool found = parser.find("cuep", position); found; found = parser.findNext(position)) {
         ++points;
     }
-    EXPECT_EQ(points, kCount);
+    EXPECT_EQ(points, c_uiCount);
 
     ChunkList* list = nullptr;
     std::uint32_t removed = 0;
@@ -174,13 +174,13 @@ TEST(LargeInput, HundredThousandAnnotationsAreFoundRemovedAndAddedInLinearTime) 
             ++removed;
         }
     }
-    EXPECT_EQ(removed, 1 + 2 * kCount);
+    EXPECT_EQ(removed, 1 + 2 * c_uiCount);
     ASSERT_NE(list, nullptr);
     EXPECT_TRUE(list->empty());
     EXPECT_EQ(wav::outline(parser), "fmt :16 data:4 LIST:adtl()");
 
     Chunk& cue = parser.getChunks().append(Chunk("cue "));
-    for (std::uint32_t id = 1; id <= kCount; ++id) {
+    for (std::uint32_t id = 1; id <= c_uiCount; ++id) {
         const std::string record = wav::cueRecord(id, id);
         cue.getList()->append(Chunk("cuep")).setData(record.data(), 24);
         list->append(Chunk("ltxt")).setData(wav::ltxt(id, 1).substr(8).data(), 20);

@@ -1,8 +1,8 @@
+#include <murvane/core/Text.h>
 #include <murvane/infra/ParameterTrie.h>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <istream>
 #include <ostream>
@@ -12,15 +12,6 @@
 namespace Zantrix {
 
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\f\v";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 template <typename Number>
 bool parseWhole(const std::string& text, Number& value) {
@@ -67,8 +58,14 @@ bool unquote(std::string_view text, std::string& value) {
     return false;
 }
 
+// Whether `read` would find this key again in what `write` makes of it.
+bool isReadable(std::string_view key) {
+    return !key.empty() && key.front() != '#' && key.find_first_of("=\n") == std::string_view::npos &&
+           Text::trimmed(key) == key;
+}
+
 bool needsQuotes(const std::string& value) {
-    return value.empty() || value.find_first_of("\"\\\n") != std::string::npos || trimmed(value) != value;
+    return value.empty() || value.find_first_of("\"\\\n") != std::string::npos || Text::trimmed(value) != value;
 }
 
 }  // namespace
@@ -115,8 +112,7 @@ bool ParameterTrie::getBoolParameter(const char* key, bool& value) const {
     if (text == nullptr) {
         return false;
     }
-    std::string lower(*text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+    const std::string lower = Text::lowerCase(*text);
     constexpr std::array<std::string_view, 4> yes = {"true", "yes", "on", "1"};
     constexpr std::array<std::string_view, 4> no = {"false", "no", "off", "0"};
     const bool isYes = std::find(yes.begin(), yes.end(), lower) != yes.end();
@@ -139,7 +135,7 @@ bool ParameterTrie::read(std::istream& is, std::string& error) {
             error = "line " + std::to_string(number) + ": " + why;
             return false;
         };
-        const std::string_view text = trimmed(line);
+        const std::string_view text = Text::trimmed(line);
         if (text.empty() || text.front() == '#') {
             continue;
         }
@@ -147,11 +143,11 @@ bool ParameterTrie::read(std::istream& is, std::string& error) {
         if (equals == std::string_view::npos) {
             return refuse("expected key = value");
         }
-        const std::string_view key = trimmed(text.substr(0, equals));
+        const std::string_view key = Text::trimmed(text.substr(0, equals));
         if (key.empty()) {
             return refuse("expected a key before \"=\"");
         }
-        const std::string_view value = trimmed(text.substr(equals + 1));
+        const std::string_view value = Text::trimmed(text.substr(equals + 1));
         std::string plain;
         if (!value.empty() && value.front() == '"') {
             if (!unquote(value, plain)) {
@@ -162,7 +158,8 @@ bool ParameterTrie::read(std::istream& is, std::string& error) {
         }
         values[std::string(key)] = std::move(plain);
     }
-    if (is.bad()) {
+    // A stream that was never any good, such as that of a missing file, does not reach its end.
+    if (!is.eof() || is.bad()) {
         error = "cannot be read";
         return false;
     }
@@ -188,7 +185,7 @@ const std::string* ParameterTrie::find(const char* key) const {
 }
 
 bool ParameterTrie::set(const char* key, std::string value) {
-    if (key == nullptr || *key == '\0') {
+    if (key == nullptr || !isReadable(key)) {
         return false;
     }
     m_values[key] = std::move(value);

@@ -32,10 +32,12 @@ bool TemporalMeanFeature::compute(const DoubleVector& in, DoubleVector& out) {
         return false;
     }
     ++m_uiCount;
-    // Not in.size(): the input grows here when it is the output as well.
+    const std::size_t start = out.size();
+    out.resize(start + m_vSum.size());
+    // Not in.size(): the input has grown when it is the output as well.
     for (std::size_t i = 0; i < m_vSum.size(); ++i) {
         m_vSum[i] += in[i];
-        out.push_back(m_vSum[i] / static_cast<double>(m_uiCount));
+        out[start + i] = m_vSum[i] / static_cast<double>(m_uiCount);
     }
     return true;
 }

@@ -1,5 +1,6 @@
 #include <murvane/core/Assertion.h>
 #include <murvane/core/Logging.h>
+#include <murvane/core/Text.h>
 #include <murvane/math/MathFeatureComputerImpl.h>
 
 #include <boost/archive/polymorphic_iarchive.hpp>
@@ -10,7 +11,6 @@
 #include <boost/serialization/vector.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -39,8 +39,7 @@ std::string canonicalTail(std::span<const std::string> elements) {
     StringVector params;
     for (const std::string& element : elements) {
         SignalFeatureFactory::splitParams(element.c_str(), base, params);
-        std::transform(base.begin(), base.end(), base.begin(), [](unsigned char c) { return std::toupper(c); });
-        tail += '_' + base + '(';
+        tail += '_' + Text::upperCase(base) + '(';
         for (const std::string& param : params) {
             tail += param + ',';
         }

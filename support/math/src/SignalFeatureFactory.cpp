@@ -1,29 +1,23 @@
+#include <murvane/core/Text.h>
 #include <murvane/math/SignalFeatureComposed.h>
 #include <murvane/math/SignalFeatureFactory.h>
 
+#include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace Zantrix::Math {
 
 namespace {
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n\f\v";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 // The text between the parentheses, as parameters.
 bool splitList(std::string_view list, StringVector& params) {
-    if (trimmed(list).empty()) {
+    if (Text::trimmed(list).empty()) {
         return true;
     }
     for (std::size_t start = 0; start <= list.size();) {
         const std::size_t comma = std::min(list.find(',', start), list.size());
-        const std::string_view param = trimmed(list.substr(start, comma - start));
+        const std::string_view param = Text::trimmed(list.substr(start, comma - start));
         if (param.empty()) {
             return false;
         }

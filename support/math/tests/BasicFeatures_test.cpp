@@ -6,14 +6,14 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <testkit/SpecialNumbers.h>
 
 using namespace Zantrix::Math;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testkit::c_dNaN;
 
 namespace {
-
-constexpr double c_dNaN = std::numeric_limits<double>::quiet_NaN();
 
 DoubleVector computed(SignalFeature& feature, const DoubleVector& in) {
     DoubleVector out;

@@ -4,16 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
+#include <testkit/SpecialNumbers.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testkit::c_dInfinity;
+using testkit::c_dNaN;
 using Zantrix::Math::DoubleVector;
 
 namespace {
-
-constexpr double c_dNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double c_dInfinity = std::numeric_limits<double>::infinity();
 
 TEST(DoubleVector, ClearKeepsTheStorage) {
     DoubleVector values(256, 1.0);

@@ -1,11 +1,11 @@
+#include "ProbeComputer.h"
+
 #include <murvane/infra/ParameterTrie.h>
-#include <murvane/math/MathFeatureComputerImpl.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <log4cplus/loglevel.h>
 
-#include <map>
 #include <memory>
 #include <string>
 #include <testkit/LogRecorder.h>
@@ -14,6 +14,8 @@
 
 using namespace Zantrix;
 using namespace Zantrix::Math;
+using probecomputer::Computer;
+using probecomputer::g_computed;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testkit::failedAssertion;
@@ -21,79 +23,6 @@ using testkit::LogRecord;
 using testkit::LogRecorder;
 
 namespace {
-
-// How often each element of the probe factory was computed, by its text as the pool was asked for it.
-std::map<std::string, int> g_computed;
-
-// "COUNT": the input with 1 added to each value, counted. "FAIL": always fails.
-class ProbeFeature : public virtual SignalFeature {
-public:
-    ProbeFeature(std::string name, bool works) : m_strName(std::move(name)), m_bWorks(works) {}
-    bool compute(const DoubleVector& in, DoubleVector& out) override {
-        ++g_computed[m_strName];
-        for (const double value : in) {
-            out.push_back(value + 1.0);
-        }
-        return m_bWorks;
-    }
-    Cloneable* clone() const override { return new ProbeFeature(*this); }
-
-private:
-    std::string m_strName;
-    bool m_bWorks;
-};
-
-// "CALLS": how often it was computed since the last reset. "STUCK": the same, but cannot be reset.
-class CallsFeature : public virtual SignalFeatureWithMemory {
-public:
-    explicit CallsFeature(bool resets) : m_bResets(resets) {}
-    bool compute(const DoubleVector&, DoubleVector& out) override {
-        out.push_back(++m_dCalls);
-        return true;
-    }
-    bool reset() override {
-        m_dCalls = m_bResets ? 0.0 : m_dCalls;
-        return m_bResets;
-    }
-    Cloneable* clone() const override { return new CallsFeature(*this); }
-
-private:
-    bool m_bResets;
-    double m_dCalls = 0.0;
-};
-
-class ProbeFactory : public SignalFeatureFactory {
-public:
-    const char* getFactoryName() const override { return "ProbeFactory"; }
-    SignalFeature* getNewBaseFeature(const char* name) override {
-        std::string base;
-        StringVector params;
-        splitParams(name, base, params);
-        if (base == "COUNT" || base == "count" || base == "FAIL") {
-            return new ProbeFeature(name, base != "FAIL");
-        }
-        if (base == "CALLS" || base == "STUCK") {
-            return new CallsFeature(base == "CALLS");
-        }
-        return nullptr;
-    }
-};
-
-class Computer : public FeatureComputerWithInputsImpl {
-public:
-    Computer() { getFeaturePool().addFactory(new ProbeFactory); }
-    explicit Computer(const StringVector& names) : Computer() {
-        for (const std::string& name : names) {
-            EXPECT_TRUE(addFeature(name.c_str())) << name;
-        }
-    }
-
-    DoubleVector computed() {
-        DoubleVector out{-1.0};
-        EXPECT_TRUE(computeFeatures(out));
-        return out;
-    }
-};
 
 LogRecord error(const std::string& message) {
     return {"murvane.math.FeatureComputerImpl", log4cplus::ERROR_LOG_LEVEL, message, "MathFeatureComputerImpl"};
@@ -382,80 +311,6 @@ TEST(FeatureComputer, ComputersCannotBeCloned) {
     EXPECT_EQ(computer.clone(), nullptr);
     EXPECT_THAT(log.records(), ElementsAre(failedAssertion("Not implemented : FeatureComputerWithInputsImpl::clone",
                                                            "MathFeatureComputerImpl", 106)));
-}
-
-class FeatureComputerOverWindows : public testing::Test {
-protected:
-    const StringVector m_names{"CALLS",  "TEMPORALMEAN_MEAN", "SLIDINGWINDOW(3)", "Amplitude", "MEAN_second",
-                               "second", "COUNT_RANGE(0,1)"};
-    const std::vector<DoubleVector> m_windows{{1.0, 2.0}, {4.0, 5.0}, {0.5, 0.25}, {7.0, -7.0}, {1e300, 3.0}};
-    const std::vector<DoubleVector> m_second{{5.0}, {6.0, 7.0}, {}, {8.0}, {9.0, 9.0, 9.0}};
-};
-
-TEST_F(FeatureComputerOverWindows, EqualsOneByOneInAnyBatches) {
-    Computer single;
-    Computer batch;
-    std::vector<DoubleVector> expected;
-    for (Computer* pComputer : {&single, &batch}) {
-        pComputer->setInput("Amplitude", m_windows[0]);
-        pComputer->setInput("second", m_second[0]);
-        for (const std::string& name : m_names) {
-            EXPECT_TRUE(pComputer->addFeature(name.c_str())) << name;
-        }
-    }
-    for (std::size_t i = 0; i < m_windows.size(); ++i) {
-        single.setInput("Amplitude", m_windows[i]);
-        single.setInput("second", m_second[i]);
-        expected.push_back(single.computed());
-    }
-    for (const std::vector<std::size_t>& sizes :
-         {std::vector<std::size_t>{5}, {1, 4}, {3, 2}, {2, 1, 2}, {0, 5, 0}, {1, 1, 1, 1, 1}}) {
-        std::vector<DoubleVector> out(m_windows.size(), DoubleVector{-1.0});
-        std::size_t done = 0;
-        EXPECT_TRUE(batch.reset());
-        for (const std::size_t size : sizes) {
-            batch.setInputWindows("Amplitude", std::span(m_windows).subspan(done, size));
-            batch.setInputWindows("second", std::span(m_second).subspan(done, size));
-            EXPECT_TRUE(batch.computeFeatures(std::span(out).subspan(done, size)));
-            done += size;
-        }
-        EXPECT_EQ(out, expected) << sizes.front();
-    }
-}
-
-TEST_F(FeatureComputerOverWindows, FailsWithEveryOutputEmptyWhenTheNumbersDiffer) {
-    for (const char* name : {"MEAN", "Amplitude", "COUNT_Amplitude", "MEAN_second", "second"}) {
-        Computer computer;
-        computer.setInputWindows("Amplitude", m_windows);
-        computer.setInputWindows("second", m_second);
-        ASSERT_TRUE(computer.addFeature(name));
-        for (const std::size_t count : {0, 1, 4, 6}) {
-            std::vector<DoubleVector> out(count, DoubleVector{-1.0});
-            EXPECT_FALSE(computer.computeFeatures(out)) << name << ' ' << count;
-            EXPECT_EQ(out, std::vector<DoubleVector>(count)) << name << ' ' << count;
-        }
-        std::vector<DoubleVector> out(5);
-        EXPECT_TRUE(computer.computeFeatures(out)) << name;
-    }
-}
-
-TEST_F(FeatureComputerOverWindows, FailsWithEveryOutputEmptyWhenOneWindowFails) {
-    Computer computer({"CALLS", "RANGE(0,1)"});
-    const std::vector<DoubleVector> windows{{1.0}, {}, {2.0}};
-    computer.setInputWindows("Amplitude", windows);
-    std::vector<DoubleVector> out(3, DoubleVector{-1.0});
-    EXPECT_FALSE(computer.computeFeatures(out));
-    EXPECT_EQ(out, std::vector<DoubleVector>(3));
-}
-
-TEST_F(FeatureComputerOverWindows, SmallBatchesAfterLargeOnesSeeNothingOfThem) {
-    Computer computer({"COUNT", "MEAN_COUNT"});
-    std::vector<DoubleVector> out(5);
-    computer.setInputWindows("Amplitude", m_windows);
-    EXPECT_TRUE(computer.computeFeatures(out));
-    const DoubleVector window{1.0, 3.0};
-    computer.setInput("Amplitude", window);
-    EXPECT_THAT(computer.computed(), ElementsAre(2.0, 4.0, 3.0));
 }
 
 }  // namespace

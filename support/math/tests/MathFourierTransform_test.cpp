@@ -5,12 +5,13 @@
 #include <bit>
 #include <cmath>
 #include <complex>
-#include <cstring>
 #include <limits>
 #include <numbers>
-#include <random>
 #include <testkit/AllocationCounter.h>
 #include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
 #include <thread>
 #include <vector>
 
@@ -18,16 +19,11 @@ namespace {
 
 using Zantrix::Math::realFourierTransform;
 using Values = std::vector<double>;
+using testkit::sameBytes;
 using Terms = std::vector<std::complex<long double>>;
 
 Values noise(std::size_t n, unsigned seed = 1) {
-    std::mt19937_64 generator(seed);
-    std::uniform_real_distribution<double> sample(-1.0, 1.0);
-    Values values(n);
-    for (double& value : values) {
-        value = sample(generator);
-    }
-    return values;
+    return testkit::noise(n, seed, 1.0);
 }
 
 Values transformed(Values values) {
@@ -104,10 +100,6 @@ double relativeError(const Terms& actual, const Terms& expected) {
         size += std::norm(expected[k]);
     }
     return static_cast<double>(std::sqrt(error / size));
-}
-
-bool sameBytes(const Values& a, const Values& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
 }
 
 TEST(FourierTransform, PowersOfTwoGiveTheTermsOfTheDefinitionPacked) {
@@ -302,7 +294,7 @@ TEST(FourierTransform, OnlyTheFirstTransformOfASizeAllocates) {
 }
 
 TEST(FourierTransform, ANotANumberOrAnInfinitySpreadsOverEveryTerm) {
-    for (const double odd : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
+    for (const double odd : {testkit::c_dNaN, testkit::c_dInfinity}) {
         Values values = noise(256);
         values[100] = odd;
         // One part of a term may stay finite: that of frequency n/4 has its imaginary part from odd places alone.

@@ -85,7 +85,7 @@ bool ExpressionList::evaluate() {
         return false;
     }
     EvaluationProblem problem;
-    if (!m_pPlan->evaluate(m_vBindings, m_szNbOfWindows, problem)) {
+    if (!m_pPlan->evaluate(m_vBindings, m_uiNbOfWindows, problem)) {
         const std::string& formula = m_vFormulas[problem.formula];
         return fail(concatenate("formula \"", m_vNames[problem.formula], "\", ",
                                 makeFormulaError(formula, problem.offset, std::move(problem.message)).rendered));
@@ -98,7 +98,7 @@ Windows ExpressionList::getValues(std::size_t formula) const {
     if (!m_bHasValues || formula >= m_vRoots.size()) {
         return {};
     }
-    return m_pPlan->valuesOf(m_vRoots[formula], m_vBindings, m_szNbOfWindows);
+    return m_pPlan->valuesOf(m_vRoots[formula], m_vBindings, m_uiNbOfWindows);
 }
 
 bool ExpressionList::evaluate(Windows x, std::span<DoubleVector> out) {
@@ -153,11 +153,11 @@ bool ExpressionList::countWindows() {
     if (first == m_vIsBound.end()) {
         return fail("no variable is bound");
     }
-    m_szNbOfWindows = m_vBindings[static_cast<std::size_t>(first - m_vIsBound.begin())].size();
+    m_uiNbOfWindows = m_vBindings[static_cast<std::size_t>(first - m_vIsBound.begin())].size();
     for (std::size_t i = 0; i < m_vVariables.size(); ++i) {
-        if (m_vIsBound[i] && m_vBindings[i].size() != m_szNbOfWindows) {
+        if (m_vIsBound[i] && m_vBindings[i].size() != m_uiNbOfWindows) {
             return fail(concatenate("variable ", m_vVariables[i], " is bound to ", m_vBindings[i].size(),
-                                    " windows, others to ", m_szNbOfWindows));
+                                    " windows, others to ", m_uiNbOfWindows));
         }
     }
     return true;

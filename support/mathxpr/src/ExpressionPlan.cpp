@@ -61,7 +61,7 @@ bool ExpressionPlan::add(const SyntaxTree& tree, const StringVector& variables, 
         planned.push_back(index);
     }
     root = planned.back();
-    ++m_szNbOfFormulas;
+    ++m_uiNbOfFormulas;
     return true;
 }
 
@@ -70,7 +70,7 @@ bool ExpressionPlan::addNode(const SyntaxNode& syntax, const StringVector& varia
     PlanNode node;
     node.kind = syntax.kind;
     node.number = syntax.number;
-    node.formula = m_szNbOfFormulas;
+    node.formula = m_uiNbOfFormulas;
     node.offset = syntax.offset;
     for (const std::uint32_t operand : syntax.operands) {
         node.operands.push_back(planned[operand]);

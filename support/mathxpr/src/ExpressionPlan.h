@@ -67,7 +67,7 @@ private:
 
     std::vector<PlanNode> m_vNodes;
     std::map<std::string, std::size_t> m_mShareable;  // by what the node computes
-    std::size_t m_szNbOfFormulas = 0;
+    std::size_t m_uiNbOfFormulas = 0;
     bool m_bEvaluated = false;  // since the last formula was added
 };
 

@@ -44,16 +44,16 @@ bool isIdentifier(std::string_view text) {
 }
 
 Token FormulaLexer::next() {
-    m_szPosition = std::min(m_strFormula.find_first_not_of(" \t\r\n", m_szPosition), m_strFormula.size());
-    if (m_szPosition == m_strFormula.size()) {
-        return {Token::Kind::End, {}, 0.0, m_szPosition, {}};
+    m_uiPosition = std::min(m_strFormula.find_first_not_of(" \t\r\n", m_uiPosition), m_strFormula.size());
+    if (m_uiPosition == m_strFormula.size()) {
+        return {Token::Kind::End, {}, 0.0, m_uiPosition, {}};
     }
-    const std::string_view rest = m_strFormula.substr(m_szPosition);
+    const std::string_view rest = m_strFormula.substr(m_uiPosition);
     const char first = rest.front();
     if (startsIdentifier(first)) {
         const auto end = std::find_if_not(rest.begin(), rest.end(), continuesIdentifier);
         const std::string_view name = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
-        return {Token::Kind::Identifier, name, 0.0, std::exchange(m_szPosition, m_szPosition + name.size()), {}};
+        return {Token::Kind::Identifier, name, 0.0, std::exchange(m_uiPosition, m_uiPosition + name.size()), {}};
     }
     if (isDigit(first) || (first == '.' && rest.size() > 1 && isDigit(rest[1]))) {
         return number();
@@ -62,39 +62,39 @@ Token FormulaLexer::next() {
         return text();
     }
     if (std::string_view("+-*/(),=").find(first) != std::string_view::npos) {
-        return {Token::Kind::Symbol, rest.substr(0, 1), 0.0, m_szPosition++, {}};
+        return {Token::Kind::Symbol, rest.substr(0, 1), 0.0, m_uiPosition++, {}};
     }
-    return bad(m_szPosition, "unexpected " + describeByte(first));
+    return bad(m_uiPosition, "unexpected " + describeByte(first));
 }
 
 Token FormulaLexer::number() {
-    const std::string_view rest = m_strFormula.substr(m_szPosition);
+    const std::string_view rest = m_strFormula.substr(m_uiPosition);
     double value = 0.0;
     const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
     const std::string_view digits = rest.substr(0, static_cast<std::size_t>(end - rest.data()));
     if (error != std::errc()) {
-        return bad(m_szPosition, "the number " + excerpt(digits) + " is out of range");
+        return bad(m_uiPosition, "the number " + excerpt(digits) + " is out of range");
     }
-    return {Token::Kind::Number, digits, value, std::exchange(m_szPosition, m_szPosition + digits.size()), {}};
+    return {Token::Kind::Number, digits, value, std::exchange(m_uiPosition, m_uiPosition + digits.size()), {}};
 }
 
 Token FormulaLexer::text() {
-    const std::size_t begin = m_szPosition + 1;
+    const std::size_t begin = m_uiPosition + 1;
     const auto closing = std::find_if(m_strFormula.begin() + static_cast<std::ptrdiff_t>(begin), m_strFormula.end(),
                                       [](char c) { return c == '"' || isControl(c); });
     const auto end = static_cast<std::size_t>(closing - m_strFormula.begin());
     if (end == m_strFormula.size()) {
-        return bad(m_szPosition, "the text that begins here lacks its closing \"");
+        return bad(m_uiPosition, "the text that begins here lacks its closing \"");
     }
     if (m_strFormula[end] != '"') {
         return bad(end, "unexpected " + describeByte(m_strFormula[end]) + " in a text");
     }
     const std::string_view content = m_strFormula.substr(begin, end - begin);
-    return {Token::Kind::Text, content, 0.0, std::exchange(m_szPosition, end + 1), {}};
+    return {Token::Kind::Text, content, 0.0, std::exchange(m_uiPosition, end + 1), {}};
 }
 
 Token FormulaLexer::bad(std::size_t offset, std::string problem) {
-    m_szPosition = m_strFormula.size();
+    m_uiPosition = m_strFormula.size();
     return {Token::Kind::Bad, {}, 0.0, offset, std::move(problem)};
 }
 

@@ -41,7 +41,7 @@ private:
     Token bad(std::size_t offset, std::string problem);
 
     std::string_view m_strFormula;
-    std::size_t m_szPosition = 0;
+    std::size_t m_uiPosition = 0;
 };
 
 /// Whether a text is an identifier: a letter or "_", then letters, digits and "_", all ASCII.

@@ -1,7 +1,8 @@
 #include "NearNames.h"
 
+#include <murvane/core/Text.h>
+
 #include <algorithm>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -11,32 +12,13 @@ namespace {
 
 constexpr std::size_t c_uiMaxSuggestions = 3;
 
-constexpr char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 }  // namespace
-
-std::size_t editDistance(std::string_view a, std::string_view b) {
-    // distances[j]: between the part of a seen so far and the first j characters of b.
-    std::vector<std::size_t> distances(b.size() + 1);
-    std::iota(distances.begin(), distances.end(), std::size_t{0});
-    for (const char c : a) {
-        std::size_t diagonal = distances[0]++;
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t replaced = diagonal + (lower(c) == lower(b[j - 1]) ? 0 : 1);
-            diagonal = distances[j];
-            distances[j] = std::min({replaced, distances[j] + 1, distances[j - 1] + 1});
-        }
-    }
-    return distances.back();
-}
 
 StringVector nearNames(std::string_view word, const StringVector& names) {
     const std::size_t limit = std::max<std::size_t>(1, word.size() / 3);
     std::vector<std::pair<std::size_t, std::string>> found;
     for (const std::string& name : names) {
-        const std::size_t distance = editDistance(word, name);
+        const std::size_t distance = Text::editDistance(word, name);
         if (distance <= limit) {
             found.emplace_back(distance, name);
         }

@@ -1,6 +1,5 @@
+#include "FormulaTesting.h"
 #include "TestFunctions.h"
-
-#include <murvane/mathxpr/ExpressionList.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,14 +9,10 @@
 namespace {
 
 using namespace Zantrix::Math::Xpr;
+using formulatesting::add;
 using testfunctions::DoubledFeature;
 using testfunctions::DoubleVector;
 using testing::ElementsAre;
-
-void add(ExpressionList& list, const char* name, std::string_view formula) {
-    FormulaError error;
-    ASSERT_TRUE(list.add(name, formula, error)) << error.rendered;
-}
 
 // How many windows "doubled" computes when the list is evaluated over one.
 std::size_t doublings(ExpressionList& list) {

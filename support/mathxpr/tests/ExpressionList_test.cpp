@@ -1,37 +1,32 @@
+#include "FormulaTesting.h"
 #include "TestFunctions.h"
 
 #include <murvane/core/MemAccount.h>
-#include <murvane/mathxpr/ExpressionList.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <random>
 #include <testkit/LogRecorder.h>
+#include <testkit/SpecialNumbers.h>
 
 namespace {
 
 using namespace Zantrix::Math::Xpr;
+using formulatesting::add;
 using testfunctions::DoubleVector;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::IsNan;
 using testing::SizeIs;
+using testkit::c_dInfinity;
+using testkit::c_dNaN;
 using testkit::LogRecord;
 using testkit::LogRecorder;
 using Zantrix::MemAccount;
-
-constexpr double c_dInf = std::numeric_limits<double>::infinity();
-constexpr double c_dNaN = std::numeric_limits<double>::quiet_NaN();
-
-void add(ExpressionList& list, const char* name, std::string_view formula) {
-    FormulaError error;
-    ASSERT_TRUE(list.add(name, formula, error)) << error.rendered;
-}
 
 // The value of one formula of one window.
 DoubleVector evaluated(std::string_view formula, const DoubleVector& x = {}) {
@@ -76,11 +71,11 @@ TEST(ExpressionList, AVectorOfOneWithAnEmptyOneIsEmpty) {
 }
 
 TEST(ExpressionList, ArithmeticIsThatOfDoubles) {
-    const DoubleVector x = {0.0, c_dInf, c_dNaN, -1.0};
-    EXPECT_THAT(evaluated("1 / x", x), ElementsAre(c_dInf, 0.0, IsNan(), -1.0));
+    const DoubleVector x = {0.0, c_dInfinity, c_dNaN, -1.0};
+    EXPECT_THAT(evaluated("1 / x", x), ElementsAre(c_dInfinity, 0.0, IsNan(), -1.0));
     EXPECT_THAT(evaluated("x - x", x), ElementsAre(0.0, IsNan(), IsNan(), 0.0));
     EXPECT_TRUE(std::signbit(evaluated("-x", {0.0}).front()));
-    EXPECT_THAT(evaluated("1e308 * 10"), ElementsAre(c_dInf));
+    EXPECT_THAT(evaluated("1e308 * 10"), ElementsAre(c_dInfinity));
 }
 
 TEST(ExpressionList, OtherSizesFailWithAMessageThatShowsTheOperator) {

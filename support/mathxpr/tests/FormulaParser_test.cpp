@@ -1,4 +1,5 @@
-#include <murvane/mathxpr/FormulaParser.h>
+#include "FormulaTesting.h"
+
 #include <murvane/mathxpr/FormulaPrinter.h>
 
 #include <gtest/gtest.h>
@@ -10,15 +11,8 @@
 namespace {
 
 using namespace Zantrix::Math::Xpr;
+using formulatesting::parsed;
 using Kind = SyntaxNode::Kind;
-
-SyntaxTree parsed(std::string_view formula) {
-    SyntaxTree tree;
-    FormulaError error;
-    EXPECT_TRUE(parseFormula(formula, tree, error)) << error.rendered;
-    EXPECT_EQ(error.line, 0u);
-    return tree;
-}
 
 // The error, with the tree checked to be untouched.
 FormulaError refused(std::string_view formula) {

@@ -1,4 +1,5 @@
-#include <murvane/mathxpr/FormulaParser.h>
+#include "FormulaTesting.h"
+
 #include <murvane/mathxpr/FormulaPrinter.h>
 
 #include <gtest/gtest.h>
@@ -11,14 +12,8 @@
 namespace {
 
 using namespace Zantrix::Math::Xpr;
+using formulatesting::parsed;
 using Kind = SyntaxNode::Kind;
-
-SyntaxTree parsed(std::string_view formula) {
-    SyntaxTree tree;
-    FormulaError error;
-    EXPECT_TRUE(parseFormula(formula, tree, error)) << error.rendered;
-    return tree;
-}
 
 /// Makes random trees of the form that the parser makes.
 class RandomFormulas {

@@ -6,7 +6,9 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iomanip>
+#include <vector>
 
 namespace testkit {
 
@@ -25,6 +27,11 @@ testing::AssertionResult sameBits(const A& a, const B& b) {
         }
     }
     return testing::AssertionSuccess();
+}
+
+/// Whether two vectors are equal byte by byte, the sign and the payload of what is not a number included.
+inline bool sameBytes(const std::vector<double>& a, const std::vector<double>& b) {
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
 }
 
 }  // namespace testkit

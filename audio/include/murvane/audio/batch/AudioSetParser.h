@@ -25,6 +25,9 @@ public:
     /// The list read last, as it was named; "" before the first.
     const char* getAudioSetFilename() const { return m_strAudioSetFilename.c_str(); }
 
+    /// How many entries were read so far, whether or not they lead to a file.
+    std::size_t getNbOfEntries() const { return m_vFiles.size(); }
+
     /// Goes back to the first entry; false when there is none.
     bool gotoFirstAudioFile();
 

@@ -85,7 +85,7 @@ private:
 
     bool seek(std::uint64_t frame);
     bool startChunks(std::uint64_t frame);
-    std::size_t readChunk();
+    void readChunk(Math::DoubleVector& out);
 
     Math::DoubleVector m_vReadBuffer;
     std::uint64_t m_uiNbFramesRead = 0;  // position in the file

@@ -28,7 +28,7 @@ public:
 
 /// Owns the table of weights; all are 1.0 unless a derived shape fills it otherwise. Immutable once constructed, so
 /// that threads may share it.
-class MURVANE_API SignalWindowImpl : public virtual SignalWindow {
+class MURVANE_API SignalWindowImpl : public SignalWindow {
 public:
     const std::vector<double>& getWeights() const override { return m_vWeights; }
     double getWeight(std::size_t in_uiSampleIndex) const override;

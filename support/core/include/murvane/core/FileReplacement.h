@@ -37,10 +37,10 @@ public:
     bool write(const void* bytes, std::size_t size);
 
     /// Overwrites bytes written before, such as a header whose numbers are known only at the end; the place of
-    /// the next `write` stays. Fails on devices and pipes.
+    /// the next `write` stays. Fails beyond what was written, and on devices and pipes.
     bool writeAt(std::uint64_t offset, const void* bytes, std::size_t size);
 
-    /// Forgets everything written from `size` on.
+    /// Forgets everything written from `size` on. Fails on devices and pipes.
     bool truncate(std::uint64_t size);
 
     /// Bytes written so far.
@@ -58,7 +58,7 @@ private:
     enum class Kind { Closed, Temporary, Device, Buffer };
 
     bool fail(int errorNumber);
-    bool writeAll(int descriptor, const void* bytes, std::size_t size);
+    bool append(const void* bytes, std::size_t size);
     bool adoptModeAndOwner();
     void discard() noexcept;
 

@@ -12,7 +12,8 @@ namespace Zantrix {
 /// from a file are equal; numbers are written in the shortest form that reads back to the same number.
 class MURVANE_API ParameterTrie : public virtual ROConfiguration {
 public:
-    /// Each sets or replaces one value; true unless the key is null or empty.
+    /// Each sets or replaces one value; true unless the key is null, or could not be read back: it is empty, begins
+    /// with "#", holds "=" or a line's end, or has blanks around it.
     bool setIntParameter(const char* key, int value);
     bool setStringParameter(const char* key, const std::string& value);
     bool setFloatParameter(const char* key, double value);

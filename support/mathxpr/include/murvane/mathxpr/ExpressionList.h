@@ -106,7 +106,7 @@ private:
     StringVector m_vFormulas;
     std::vector<std::size_t> m_vRoots;  // the node of each formula
     CloneableObjPtr<ExpressionPlan> m_pPlan;
-    std::size_t m_szNbOfWindows = 0;
+    std::size_t m_uiNbOfWindows = 0;
     bool m_bHasValues = false;
     std::string m_strError;
 };
