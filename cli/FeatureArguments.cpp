@@ -7,6 +7,7 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr const char* c_szOption = "--feature";
+constexpr const char* c_szFormulaOption = "--expr";
 
 bool isOption(const std::string& argument) {
     return argument.size() > 1 && argument.front() == '-';
@@ -31,7 +32,12 @@ std::vector<std::string> expandFeatureArguments(const std::vector<std::string>& 
             expanded.insert(expanded.end(), argument, arguments.end());
             break;
         }
-        if (*argument == c_szOption && std::next(argument) != arguments.end() && !isOption(*std::next(argument))) {
+        const auto next = std::next(argument);
+        if (*argument == c_szFormulaOption && next != arguments.end() && next->rfind("--", 0) != 0) {
+            expanded.push_back(std::string(c_szFormulaOption) + '=' + *next);
+            argument = next;
+            isName = false;
+        } else if (*argument == c_szOption && next != arguments.end() && !isOption(*next)) {
             isFirstName = true;
         } else if (isOption(*argument)) {
             expanded.push_back(*argument);

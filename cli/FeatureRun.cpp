@@ -2,6 +2,7 @@
 
 #include "InputFile.h"
 #include "Interrupt.h"
+#include "RowComputer.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -42,9 +43,9 @@ std::size_t framesPerRead(std::uint64_t rate, std::uint64_t milliseconds) {
 
 }  // namespace
 
-FeatureRun::FeatureRun(std::vector<std::string> features, const Audio::LinearAudioWindower::Config& config,
+FeatureRun::FeatureRun(std::vector<Column> columns, const Audio::LinearAudioWindower::Config& config,
                        TableWriter& writer, Diagnostics& diagnostics, Progress& progress)
-    : m_features(std::move(features)),
+    : m_requested(std::move(columns)),
       m_config(config),
       m_writer(writer),
       m_diagnostics(diagnostics),
@@ -115,13 +116,8 @@ FeatureRun::Outcome FeatureRun::addOpened(Audio::WindowedAudioFileReader& reader
     return Outcome::Done;
 }
 
-// A computer for each input: no feature may remember the one before.
 FeatureRun::Outcome FeatureRun::addWindows(Audio::WindowedAudioFileReader& reader, std::uint64_t& windowCount) {
-    Audio::FeatureComputerWithInputsImpl computer;
-    computer.setInputWindows("Amplitude", m_windows);
-    for (const std::string& feature : m_features) {
-        computer.addFeature(feature.c_str());
-    }
+    RowComputer computer(m_requested);
     for (std::size_t count = c_uiBatch; count == c_uiBatch;) {
         for (count = 0; count < c_uiBatch && reader.getNextWindow(m_windows[count]); ++count) {
             m_times[count] = reader.getCurrentAudioTime();
@@ -133,9 +129,9 @@ FeatureRun::Outcome FeatureRun::addWindows(Audio::WindowedAudioFileReader& reade
             break;
         }
         const std::span<Math::DoubleVector> rows = std::span(m_rows).first(count);
-        computer.setInputWindows("Amplitude", std::span(m_windows).first(count));
-        if (!computer.computeFeatures(rows)) {
-            return fail(describeFailure(count));
+        if (!computer.compute(std::span(m_windows).first(count), rows)) {
+            return fail(computer.describeFailure("the windows that end at " + shortest(m_times[0]) + " to " +
+                                                 shortest(m_times[count - 1]) + " s"));
         }
         for (std::size_t i = 0; i < count; ++i, ++windowCount) {
             if (!m_current->arrange(windowCount, rows[i])) {
@@ -154,7 +150,7 @@ FeatureRun::Outcome FeatureRun::addWindows(Audio::WindowedAudioFileReader& reade
 // The columns follow from the length of a window, which follows from the rate. The first window decides them.
 bool FeatureRun::chooseColumns(std::uint64_t rate) {
     if (m_uiCurrentRate != rate) {
-        m_current.emplace(m_features);
+        m_current.emplace(m_requested);
         m_uiCurrentRate = rate;
         if (const auto problem = m_current->measure(static_cast<std::size_t>(windowSamples(m_config)))) {
             m_uiCurrentRate = 0;
@@ -191,12 +187,6 @@ bool FeatureRun::finish() {
 FeatureRun::Outcome FeatureRun::fail(const std::string& message) {
     m_diagnostics.error(message);
     return Outcome::InputFailed;
-}
-
-std::string FeatureRun::describeFailure(std::size_t count) const {
-    const auto feature = findFailing(m_features, std::span(m_windows).first(count));
-    return (feature ? "the feature " + *feature : "some feature") + " cannot be computed of the windows that end at " +
-           shortest(m_times[0]) + " to " + shortest(m_times[count - 1]) + " s";
 }
 
 }  // namespace Zantrix::Cli

@@ -5,7 +5,6 @@
 #include "Progress.h"
 #include "TableWriter.h"
 
-#include <murvane/audio/computation/AudioFeatureComputerImpl.h>
 #include <murvane/audio/input/AudioWindowedFileReader.h>
 
 #include <array>
@@ -15,13 +14,13 @@
 
 namespace Zantrix::Cli {
 
-/// Computes the features of one input after the other into a table.
+/// Computes features and formulas of one input after the other into a table.
 class FeatureRun {
 public:
     enum class Outcome { Done, InputFailed, OutputFailed, Interrupted };
 
     /// @param config  how to cut windows; the sampling rate is that of each input
-    FeatureRun(std::vector<std::string> features, const Audio::LinearAudioWindower::Config& config, TableWriter& writer,
+    FeatureRun(std::vector<Column> columns, const Audio::LinearAudioWindower::Config& config, TableWriter& writer,
                Diagnostics& diagnostics, Progress& progress);
 
     /// Adds the rows of one input. One that fails leaves none, where the output allows it.
@@ -41,9 +40,8 @@ private:
     bool chooseColumns(std::uint64_t rate);
     bool beginTable(const FeatureColumns& columns);
     Outcome fail(const std::string& message);
-    std::string describeFailure(std::size_t count) const;
 
-    std::vector<std::string> m_features;
+    std::vector<Column> m_requested;
     Audio::LinearAudioWindower::Config m_config;
     TableWriter& m_writer;
     Diagnostics& m_diagnostics;

@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "FeatureGuide.h"
 #include "FeatureNames.h"
+#include "FunctionGuide.h"
 #include "Options.h"
 #include "Text.h"
 
@@ -15,47 +16,99 @@ namespace {
 
 constexpr const char* c_szUsage =
     "Usage: murvane-audio list [NAME]\n"
-    "Lists the features that 'murvane-audio features' computes, or explains one.\n";
+    "Lists the features that 'murvane-audio features' computes and, behind an empty line, the functions that its\n"
+    "formulas may call, or explains one.\n";
 
 constexpr const char* c_szHelpRest =
     "N is the number of samples of a window, L = N/2 the number of bins of its spectrum.\n\n"
     "Names are composed with '_': the LAST element sees the window, each one to its left sees the result on its\n"
     "right. FLATNESS_SPECTRUM is the flatness of the spectrum, MEAN_SLIDINGWINDOW(5)_ZEROCROSSINGRATE the mean of\n"
-    "the last five zero crossing rates. Upper and lower case are alike.\n\n"
+    "the last five zero crossing rates. Upper and lower case are alike, but not in functions.\n\n"
     "Examples:\n"
     "  murvane-audio list\n"
-    "  murvane-audio list SPECTRALRANGE\n";
+    "  murvane-audio list SPECTRALRANGE\n"
+    "  murvane-audio list spectralRange\n";
 
 std::string padded(std::string text, std::size_t width) {
     text.resize(std::max(width, text.size()), ' ');
     return text;
 }
 
-void printRows(const FeatureGuide& guide) {
-    std::size_t nameWidth = 0;
+// A row of the list: what is written, what goes in and out, what it is.
+struct Row {
+    std::string form;
+    const FeatureDescription* description;
+};
+
+void printRows(const std::vector<Row>& rows) {
+    std::size_t formWidth = 0;
     std::size_t inputWidth = 0;
     std::size_t outputWidth = 0;
-    for (const FeatureDescription* row : guide.rows()) {
-        nameWidth = std::max(nameWidth, std::string(row->name).size() + std::string(row->parameters).size());
-        inputWidth = std::max(inputWidth, std::string(row->input).size());
-        outputWidth = std::max(outputWidth, std::string(row->output).size());
+    for (const Row& row : rows) {
+        formWidth = std::max(formWidth, row.form.size());
+        inputWidth = std::max(inputWidth, std::string(row.description->input).size());
+        outputWidth = std::max(outputWidth, std::string(row.description->output).size());
     }
-    for (const FeatureDescription* row : guide.rows()) {
-        std::cout << padded(std::string(row->name) + row->parameters, nameWidth) << "  "
-                  << padded(row->input, inputWidth) << " -> " << padded(row->output, outputWidth) << "  "
-                  << row->sentence << '\n';
+    for (const Row& row : rows) {
+        std::cout << padded(row.form, formWidth) << "  " << padded(row.description->input, inputWidth) << " -> "
+                  << padded(row.description->output, outputWidth) << "  " << row.description->sentence << '\n';
     }
 }
 
-void explain(const FeatureDescription& row) {
-    std::cout << row.name << row.parameters << ": " << row.sentence << ".\n"
-              << "  parameters  " << (row.parameters[0] == '\0' ? "none" : row.parameters) << '\n'
+void printLists(const FeatureGuide& features, const FunctionGuide& functions) {
+    std::vector<Row> rows;
+    for (const FeatureDescription* feature : features.rows()) {
+        rows.push_back({std::string(feature->name) + feature->parameters, feature});
+    }
+    printRows(rows);
+    rows.clear();
+    for (const FunctionDescription& function : functions.rows()) {
+        rows.push_back({function.call(), function.feature});
+    }
+    std::cout << '\n';
+    printRows(rows);
+}
+
+void explain(const std::string& form, const std::string& parameters, const FeatureDescription& row,
+             const std::string& example) {
+    std::cout << form << ": " << row.sentence << ".\n"
+              << "  parameters  " << (parameters.empty() ? "none" : parameters) << '\n'
               << "  input       " << row.input << '\n'
               << "  output      " << row.output << '\n';
     if (row.details[0] != '\0') {
         std::cout << row.details << '\n';
     }
-    std::cout << "Example: murvane-audio features call.wav --feature '" << row.example << "'\n";
+    std::cout << "Example: murvane-audio features call.wav " << example << '\n';
+}
+
+void explain(const FeatureDescription& row) {
+    explain(std::string(row.name) + row.parameters, row.parameters, row,
+            "--feature '" + std::string(row.example) + '\'');
+}
+
+void explain(const FunctionDescription& function) {
+    std::vector<std::string> parameters;
+    for (const Math::Xpr::FunctionParameter& parameter : function.parameters) {
+        parameters.push_back(parameter.name + ", " + Math::Xpr::describe(parameter.kind) +
+                             (parameter.required ? "" : " (may be left out)"));
+    }
+    explain(function.call(), join(parameters, "; "), *function.feature, "--expr '" + function.example + '\'');
+}
+
+// Whether anything is called so.
+bool explain(const std::string& name, const FeatureGuide& features, const FunctionGuide& functions) {
+    // "SPECTRALRANGE(440,20)" asks for SPECTRALRANGE.
+    const std::string base = name.substr(0, name.find('('));
+    const FeatureDescription* feature = features.find(base);
+    const FunctionDescription* function = functions.find(base);
+    if (feature != nullptr) {
+        explain(*feature);
+    }
+    if (function != nullptr) {
+        std::cout << (feature == nullptr ? "" : "\nIn formulas:\n");
+        explain(*function);
+    }
+    return feature != nullptr || function != nullptr;
 }
 
 }  // namespace
@@ -70,22 +123,24 @@ int runList(const std::vector<std::string>& arguments) {
         return AllDone;
     }
     const FeatureNames featureNames;
-    const FeatureGuide guide(featureNames);
+    const FeatureGuide features(featureNames);
+    const FunctionGuide functions(features);
     if (names.empty()) {
-        printRows(guide);
+        printLists(features, functions);
         return AllDone;
     }
     if (names.size() > 1) {
-        throw UsageError("list explains one feature at a time");
+        throw UsageError("list explains one feature or function at a time");
     }
-    // "SPECTRALRANGE(440,20)" asks for SPECTRALRANGE.
-    const FeatureDescription* row = guide.find(names.front().substr(0, names.front().find('(')));
-    if (row == nullptr) {
-        const std::vector<std::string> near = nearWords(names.front(), guide.names());
-        throw UsageError("unknown feature '" + names.front() + "'" +
+    if (!explain(names.front(), features, functions)) {
+        std::vector<std::string> candidates = functions.names();
+        for (const std::string& name : features.names()) {
+            candidates.push_back(name);
+        }
+        const std::vector<std::string> near = nearWords(names.front(), candidates);
+        throw UsageError("unknown feature or function '" + names.front() + "'" +
                          (near.empty() ? "" : "\nNames that come close: " + join(near, ", ")));
     }
-    explain(*row);
     return AllDone;
 }
 

@@ -30,7 +30,7 @@ void addCommonOptions(po::options_description& options, LogOptions& log) {
 }
 
 po::variables_map parseArguments(const std::vector<std::string>& arguments, const po::options_description& options,
-                                 std::vector<std::string>& operands) {
+                                 std::vector<std::string>& operands, std::vector<GivenOption>* inOrder) {
     namespace style = po::command_line_style;
     po::options_description all;
     all.add(options).add_options()(c_szOperands, po::value(&operands));
@@ -39,13 +39,19 @@ po::variables_map parseArguments(const std::vector<std::string>& arguments, cons
     po::variables_map values;
     operands.clear();
     try {
-        po::store(po::command_line_parser(arguments)
-                      .options(all)
-                      .positional(positions)
-                      .style(style::unix_style & ~style::allow_guessing)
-                      .run(),
-                  values);
+        const po::parsed_options parsed = po::command_line_parser(arguments)
+                                              .options(all)
+                                              .positional(positions)
+                                              .style(style::unix_style & ~style::allow_guessing)
+                                              .run();
+        po::store(parsed, values);
         po::notify(values);
+        if (inOrder != nullptr) {
+            inOrder->clear();
+            for (const po::option& option : parsed.options) {
+                inOrder->push_back({option.string_key, option.value.empty() ? std::string() : option.value.front()});
+            }
+        }
     } catch (const po::error& error) {
         throw UsageError(error.what());
     }

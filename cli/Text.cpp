@@ -100,7 +100,7 @@ std::vector<std::string> nearWords(std::string_view word, const std::vector<std:
     std::vector<std::pair<std::size_t, std::string>> ranked;
     for (const std::string& candidate : candidates) {
         const std::size_t distance = Text::editDistance(wanted, candidate);
-        const bool isPart = wanted.size() >= 4 && candidate.find(wanted) != std::string::npos;
+        const bool isPart = wanted.size() >= 4 && upperCase(candidate).find(wanted) != std::string::npos;
         if (distance <= std::max<std::size_t>(2, wanted.size() / 3) || isPart) {
             ranked.emplace_back(distance, candidate);
         }

@@ -22,7 +22,7 @@ struct Subcommand {
 constexpr Subcommand c_subcommands[] = {
     {"features", "compute features of every window of audio files, as CSV or NPY", runFeatures},
     {"info", "tell format, rate, duration and clipping of audio files", runInfo},
-    {"list", "list the features, or explain one", runList},
+    {"list", "list the features and the functions of formulas, or explain one", runList},
 };
 
 const Subcommand* findSubcommand(const std::string& name) {

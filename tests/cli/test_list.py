@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """murvane-audio list."""
 
+import re
 import unittest
 
 from command import CommandTest, run
@@ -17,12 +18,22 @@ NAMES = {
     "MYFEATURE": "",
 }
 
+FUNCTIONS = ["spectrum(x)", "flatness(x)", "harmonicProduct(x)", "silenceRatio(x)", "nonLogPeaks(x)", "peaks(x)",
+             "ponderatedPeaks(x)", "zeroCrossingRate(x)", "spectralRange(x, frequencyHz=..., widthHz=...)",
+             'maxSpectralRanges(x, frequenciesList="...")', "lowFreqEnergyRatios(x)"]
+
 
 class List(CommandTest):
-    def listed(self):
+    def lines(self):
+        """The lines of the features, and those of the functions."""
         result = run("list")
         self.assert_done(result)
-        return [line.split()[0].split("(")[0].split("[")[0] for line in result.stdout.decode().splitlines()]
+        lines = result.stdout.decode().splitlines()
+        middle = lines.index("")
+        return lines[:middle], lines[middle + 1:]
+
+    def listed(self):
+        return [line.split()[0].split("(")[0].split("[")[0] for line in self.lines()[0]]
 
     def test_exactly_the_features_that_can_be_computed_are_listed(self):
         self.write_wav("a.wav")
@@ -34,8 +45,8 @@ class List(CommandTest):
             self.assertEqual(known, name in listed, name)
 
     def test_a_line_tells_parameters_input_output_and_meaning(self):
-        lines = run("list").stdout.decode().splitlines()
-        for line in lines:
+        lines, functions = self.lines()
+        for line in lines + [line.replace(", ", ",") for line in functions]:
             self.assertRegex(line, r"^\S+ +\S.* -> \S.*  \S.*[^.]$")
         spectrum = next(line for line in lines if line.startswith("SPECTRUM "))
         self.assertIn("N samples", spectrum)
@@ -45,7 +56,7 @@ class List(CommandTest):
     def test_a_name_is_explained_with_an_example_that_works(self):
         self.write_wav("call.wav")
         for name in self.listed():
-            result = run("list", name.lower())
+            result = run("list", name.capitalize())
             self.assert_done(result)
             text = result.stdout.decode()
             self.assertTrue(text.startswith(name), text)
@@ -74,8 +85,35 @@ class List(CommandTest):
         self.assertEqual(run("list", "RANGE(0,8)").stdout, run("list", "RANGE").stdout)
 
     def test_an_unknown_name_draws_names_that_come_close(self):
-        self.assert_usage_error(run("list", "RNGE"), "unknown feature 'RNGE'", "RANGE")
-        self.assert_usage_error(run("list", "MEAN", "RANGE"), "one feature at a time")
+        self.assert_usage_error(run("list", "RNGE"), "unknown feature or function 'RNGE'", "RANGE")
+        self.assert_usage_error(run("list", "nonlogpeaks"), "nonLogPeaks")
+        self.assert_usage_error(run("list", "MEAN", "RANGE"), "at a time")
+
+    def test_functions_are_listed_in_the_order_of_their_registration(self):
+        self.assertEqual([line.split("  ")[0] for line in self.lines()[1]], FUNCTIONS)
+
+    def test_a_function_is_explained_with_an_example_that_works(self):
+        self.write_wav("call.wav")
+        for call in FUNCTIONS:
+            name = call.split("(")[0]
+            result = run("list", name)
+            self.assert_done(result)
+            text = result.stdout.decode()
+            self.assertIn(f"{call}: ", text)
+            for parameter in re.findall(r"(\w+)=", call):
+                self.assertRegex(text, f"\n  parameters  .*{parameter}, a ")
+            shape = re.findall(r"\n  output +(.*)", text)[-1]
+            example = text.splitlines()[-1]
+            self.assertTrue(example.startswith(f"Example: murvane-audio features call.wav --expr '{name}("), example)
+            table = self.features("call.wav", "--expr", "f=" + example.split("'")[1])
+            self.assert_done(table)
+            expected = {"L = N/2 values": 128, "(L-1)/5 + 1 values": 26, "2w + 2 values": 4}.get(shape)
+            self.assertEqual(table.stdout.split(b"\n")[0].count(b",") - 1, expected or int(shape.split()[0]), name)
+
+    def test_a_name_that_a_feature_and_a_function_share_explains_both(self):
+        both = run("list", "flatness").stdout
+        feature = run("list", "FLATNESS").stdout
+        self.assertTrue(both.startswith(feature + b"\nIn formulas:\nflatness(x): "))
 
 
 if __name__ == "__main__":
