@@ -147,6 +147,11 @@ def winning_range(row):
     return [(0, positions[nearest])] if max(row[:-1]) >= 0.1 else []
 
 
+def first_positions(row):
+    """The two highest peaks of nonLogPeaks; 0 stands for none."""
+    return [(rank, row[rank] * HERTZ_PER_BIN) for rank in range(2) if row[rank] > 0.0]
+
+
 def one(feature, **scale):
     return lines((feature, (BLUE, "")), **scale)
 
@@ -177,6 +182,10 @@ PLOTS = {
         "ANTIHARMONICPRODUCT_SPECTRUM", (-10, 80), low_hz=1.5 * HERTZ_PER_BIN, height=130
     ),
     "PEAKS": marks("PEAKS_SPECTRUM", strongest_peaks, [BLUE, ORANGE, GREEN], 4000, ["highest", "second", "third"]),
+    "nonLogPeaks": marks("nonLogPeaks(spectrum(x))", first_positions, [BLUE, ORANGE], 4000, ["highest", "second"]),
+    "ponderatedPeaks": lines(
+        ("ponderatedPeaks(spectrum(x))", (BLUE, "highest"), (ORANGE, "second"), (GREEN, "third")), top=60
+    ),
     "SPECTRALRANGE": heat("SPECTRALRANGE(440,40)_SPECTRUM", (-40, 0), 11.5 * HERTZ_PER_BIN, values=5, height=80),
     "MAXSPECTRALRANGES": marks("MAXSPECTRALRANGES(350,440,480,620)_SPECTRUM", winning_range, [BLUE], 800, [""]),
     "LOWFREQENERGYRATIO": one("LOWFREQENERGYRATIO_SPECTRUM", top=1.0),
@@ -212,8 +221,9 @@ class Call:
         ]
 
     def compute(self, feature):
-        """The values of every window."""
-        call = [self.command, "features", self.recording, "--feature", feature]
+        """The values of every window, of a feature's name or of a formula."""
+        option = "--expr" if "(x)" in feature else "--feature"
+        call = [self.command, "features", self.recording, option, feature]
         text = subprocess.run(call, check=True, stdout=subprocess.PIPE, encoding="utf-8").stdout
         return [[float(value) for value in row[2:]] for row in list(csv.reader(text.splitlines()))[1:]]
 
