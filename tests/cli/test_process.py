@@ -148,7 +148,8 @@ class Resources(CommandTest):
     def peak(self, *arguments):
         """The largest resident size in MB."""
         # A sanitizer's own hoard of freed memory is not the command's.
-        environment = os.environ | {"ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1"}
+        options = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:thread_local_quarantine_size_kb=16"
+        environment = os.environ | {"ASAN_OPTIONS": options}
         process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdout=subprocess.DEVNULL, env=environment)
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
