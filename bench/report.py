@@ -71,16 +71,22 @@ def print_speeds(results):
     print_table("Speed (larger is faster; a ratio above 1 is what the library costs beyond a bare loop)", columns, rows)
 
 
-def print_features(results):
+def print_windows(results, section, title, columns):
     rows = []
-    for name in results.names("feature", "/library"):
-        library = 1e9 * results.median(f"feature/{name}/library", WINDOW)
-        bare = 1e9 * results.median(f"feature/{name}/bare", WINDOW)
+    for name in results.names(section, "/library"):
+        library = 1e9 * results.median(f"{section}/{name}/library", WINDOW)
+        bare = 1e9 * results.median(f"{section}/{name}/bare", WINDOW)
         rows.append([name, f"{library:.1f}", f"{bare:.1f}", f"{library / bare:.2f}", f"{library - bare:+.1f}"])
     if not rows:
-        results.failures.append("feature: no rows")
-    columns = ["feature, one window at a time", "library, ns", "bare loop, ns", "ratio", "difference, ns"]
-    print_table("Each feature, nanoseconds per window of 256 samples, 128 bins or one value", columns, rows)
+        results.failures.append(f"{section}: no rows")
+    print_table(title, columns + ["ratio", "difference, ns"], rows)
+
+
+def print_features(results):
+    print_windows(results, "feature", "Each feature, nanoseconds per window of 256 samples, 128 bins or one value",
+                  ["feature, one window at a time", "library, ns", "bare loop, ns"])
+    print_windows(results, "formula", "Formulas beside the same features by name, nanoseconds per window of 256 samples",
+                  ["formula, windows at a time", "formula, ns", "name, ns"])
 
 
 def print_transforms(results):
