@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-"""The command's numbers agree with an independent computation, feature by feature, over the sample call.
+"""Every feature's numbers agree with an independent computation over the sample call: those that have a name as the command
+gives them, those that have none as a program of the library does.
 
-    agreement_test.py COMMAND SAMPLE_CALL
+    agreement_test.py COMMAND UNNAMED_FEATURES SAMPLE_CALL
 
 The expected values come from features_reference.py beside this file, which states its origin and its tolerance (1e-9).
 """
@@ -25,15 +26,22 @@ NAMES = OF_WINDOWS + [name + "_SPECTRUM" for name in OF_SPECTRA]
 
 
 class Agreement(unittest.TestCase):
-    def check(self, *cut):
+    def check_table(self, command, *cut):
         with tempfile.TemporaryDirectory() as folder:
-            table = str(pathlib.Path(folder) / "features.csv")
-            features = [argument for name in NAMES for argument in ("--feature", name)]
-            subprocess.run([COMMAND, "features", CALL, *features, *cut, "--output", table], check=True)
+            table = pathlib.Path(folder) / "features.csv"
+            with table.open("wb") as output:
+                subprocess.run(command, stdout=output, stderr=subprocess.DEVNULL, check=True)
             checked = subprocess.run([sys.executable, str(REFERENCE), "check", "--csv", table, "--wav", CALL, *cut],
                                      capture_output=True, text=True)
         self.assertEqual(checked.returncode, 0, checked.stdout + checked.stderr)
         print(checked.stdout.strip())
+
+    def check(self, *cut):
+        features = [argument for name in NAMES for argument in ("--feature", name)]
+        self.check_table([COMMAND, "features", CALL, *features, *cut], *cut)
+
+    def test_features_that_no_name_builds(self):
+        self.check_table([UNNAMED, CALL], "--window-ms", "32", "--overlap-ms", "16")
 
     def test_overlapping_windows_as_the_demo_cuts_them(self):
         self.check("--window-ms", "32", "--overlap-ms", "16")
@@ -46,5 +54,5 @@ class Agreement(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    COMMAND, CALL = sys.argv[1:3]
+    COMMAND, UNNAMED, CALL = sys.argv[1:4]
     unittest.main(argv=sys.argv[:1])

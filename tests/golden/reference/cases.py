@@ -307,7 +307,7 @@ class Files(Case):
 
     def test_every_feature_of_the_table_has_a_value_for_an_ordinary_window(self):
         window = np.random.default_rng(8).normal(size=(3, 256))
-        self.assertEqual(len(FEATURES), 25)
+        self.assertEqual(len(FEATURES), 31)
         for name, (counts, _) in FEATURES.items():
             parameters = {0: "", 1: "(440)", 2: "(440,20)"}[max(min(counts), 1 if name == "MAXSPECTRALRANGES" else 0)]
             source = "_MEAN" if name == "DELTATOSLIDINGMEAN" else ""

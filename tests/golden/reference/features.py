@@ -136,19 +136,34 @@ def erase_lobe(heights, top, step):
         at += step
 
 
-def peaks(rows):
+def highest_peaks(rows, count):
+    """Heights and positions of the highest peaks, a column each."""
     require(rows.shape[1] > 0, "no peak of nothing")
-    results = []
-    for heights in np.abs(rows):
-        tops = []
-        for _ in range(3):
+    positions = np.zeros((len(rows), count), dtype=int)
+    peak_heights = np.zeros((len(rows), count))
+    for row, heights in enumerate(np.abs(rows)):
+        for peak in range(count):
             position = int(np.argmax(heights))
-            tops.append((position, heights[position]))
+            top = (position, heights[position])
+            positions[row, peak], peak_heights[row, peak] = top
             heights[position] = 0.0
-            erase_lobe(heights, tops[-1], +1)
-            erase_lobe(heights, tops[-1], -1)
-        results.append([height for _, height in tops] + [math.log(max(position, 1e-6)) for position, _ in tops])
-    return np.array(results).reshape(len(rows), 6)
+            erase_lobe(heights, top, +1)
+            erase_lobe(heights, top, -1)
+    return peak_heights, positions
+
+
+def peaks(rows):
+    heights, positions = highest_peaks(rows, 3)
+    return np.hstack([heights, np.log(np.maximum(positions, 1e-6))])
+
+
+def ponderated_peaks(rows):
+    average = mean(rows)
+    return highest_peaks(rows, 3)[0] * np.where(average == 0.0, 0.0, 1.0 / average)
+
+
+def non_log_peaks(rows):
+    return highest_peaks(rows, 5)[1].astype(float)
 
 
 def spectral_range(centre_hz, width_hz):
@@ -200,6 +215,56 @@ def zero_crossing_rate(*_):
 
 def peak_amplitude(rows):
     return np.abs(rows).max(axis=1, keepdims=True, initial=0.0)
+
+
+def clipping_rate(thousandths):
+    return lambda rows: column((np.abs(rows) >= thousandths / 1000).mean(axis=1))
+
+
+def energy_histogram(top_thousandths, bins):
+    def feature(rows):
+        places = np.minimum(np.floor(rows**2 * bins / (top_thousandths / 1000)), bins - 1).astype(int)
+        return np.stack([(places == place).sum(axis=1) for place in range(bins)], axis=1).astype(float)
+
+    return feature
+
+
+def mean_energy_above(thousandths):
+    def feature(rows):
+        energies = rows**2
+        accepted = energies > thousandths / 1000
+        sums = np.cumsum((energies * accepted).sum(axis=1))
+        counts = np.cumsum(accepted.sum(axis=1))
+        return column(np.where(counts > 0, sums / np.maximum(counts, 1), 0.0))
+
+    return feature
+
+
+def mean_of_maxima(samples, floor_thousandths):
+    """A sample closes the open segment every samples // 2 + 1 samples, and opens the next: the first is one shorter."""
+
+    def feature(rows):
+        floor = floor_thousandths / 1000
+        length = samples // 2 + 1
+        magnitudes = np.abs(rows).ravel()
+        accepted, closed, results = [], 0, []
+        for row in range(len(rows)):
+            seen = (row + 1) * rows.shape[1]
+            # Segment i ends before sample length * (i + 1) - 1 of the stream, whose arrival closes it.
+            while length * (closed + 1) <= seen:
+                end = length * (closed + 1) - 1
+                top = magnitudes[max(0, end - length) : end].max()
+                closed += 1
+                above = np.mean(accepted) - floor if accepted else None
+                if above is None or top - floor > 2 * above:
+                    accepted = [top]
+                elif not 0.5 * above > top - floor:
+                    accepted.append(top)
+            open_segment = magnitudes[max(0, length * closed - 1) : seen]
+            results.append([np.mean(accepted), min(accepted)] if accepted else [open_segment.max()] * 2)
+        return np.array(results)
+
+    return feature
 
 
 def silence_ratio(divisor):
@@ -263,6 +328,13 @@ FEATURES = {
     "LOWFREQENERGYRATIO": ((0,), lambda: share_of_bins(1000.0)),
     "LOWFREQENERGYRATIOS": ((0,), lambda: share_of_bins(100.0, 1000.0)),
     "DELTATOSLIDINGMEAN": ((0,), lambda: delta_to_sliding_mean),
+    # Without a factory name; thresholds and floors in thousandths of full scale.
+    "CLIPPINGRATE": ((1,), clipping_rate),
+    "ENERGYHISTOGRAM": ((2,), energy_histogram),
+    "MEANENERGYABOVETHRESH": ((1,), mean_energy_above),
+    "MEANMAX": ((2,), mean_of_maxima),
+    "NONLOGPEAKS": ((0,), lambda: non_log_peaks),
+    "PONDERATEDPEAKS": ((0,), lambda: ponderated_peaks),
 }
 
 
