@@ -45,7 +45,7 @@ TEST(BoostRegex, ThrowsWhenItIsInvalid) {
 
 TEST(BoostRegex, GivesUpOnATextThatWouldTakeForEver) {
     const BoostRegex regex("(a*)*(a*)*(a*)*(a*)*b");
-    EXPECT_THROW(regex.matches(std::string(2000, 'a')), std::runtime_error);
+    EXPECT_THROW(regex.matches(std::string(200, 'a')), std::runtime_error);
     EXPECT_TRUE(regex.matches("aab")) << "and still works";
 }
 

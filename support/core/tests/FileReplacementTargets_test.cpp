@@ -67,7 +67,9 @@ TEST_F(FileReplacementTest, RefusesNamesOfNoFile) {
     EXPECT_THAT(names(), ElementsAre("file"));
 }
 
+// Each first sees that the device is there: a replacement would make a file in its place.
 TEST_F(FileReplacementTest, WritesToADeviceDirectly) {
+    ASSERT_TRUE(fs::is_character_file("/dev/null"));
     FileReplacement file;
     ASSERT_TRUE(file.open("/dev/null"));
     EXPECT_FALSE(file.isSeekable());
@@ -78,6 +80,7 @@ TEST_F(FileReplacementTest, WritesToADeviceDirectly) {
 }
 
 TEST_F(FileReplacementTest, TellsOfAFullDevice) {
+    ASSERT_TRUE(fs::is_character_file("/dev/full"));
     FileReplacement file;
     ASSERT_TRUE(file.open("/dev/full"));
     EXPECT_FALSE(write(file, "bytes"));
@@ -88,6 +91,7 @@ TEST_F(FileReplacementTest, TellsOfAFullDevice) {
 
 TEST_F(FileReplacementTest, DoesNotGoBackOnADevice) {
     for (const char* device : {"/dev/null", "/dev/full"}) {
+        ASSERT_TRUE(fs::is_character_file(device));
         FileReplacement file;
         ASSERT_TRUE(file.open(device));
         EXPECT_FALSE(file.writeAt(0, "x", 1)) << device;
