@@ -1,13 +1,13 @@
-#include "AudioSet.h"
 #include "Command.h"
-#include "ComputerArchive.h"
-#include "FeatureArguments.h"
-#include "FeatureNames.h"
-#include "FeatureRun.h"
-#include "FeaturesConfig.h"
-#include "FeaturesOptions.h"
-#include "Interrupt.h"
-#include "SmallFile.h"
+#include "features/ComputerArchive.h"
+#include "features/FeatureArguments.h"
+#include "features/FeatureNames.h"
+#include "features/FeatureRun.h"
+#include "features/FeaturesConfig.h"
+#include "features/FeaturesOptions.h"
+#include "shell/AudioSet.h"
+#include "shell/Interrupt.h"
+#include "shell/SmallFile.h"
 
 #include <memory>
 

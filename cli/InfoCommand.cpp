@@ -1,10 +1,10 @@
 #include "Command.h"
-#include "InputFile.h"
-#include "Interrupt.h"
-#include "Options.h"
-#include "Output.h"
-#include "Progress.h"
-#include "Text.h"
+#include "shell/InputFile.h"
+#include "shell/Interrupt.h"
+#include "shell/Options.h"
+#include "shell/Output.h"
+#include "shell/Progress.h"
+#include "shell/Text.h"
 
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
 #include <murvane/audio/input/AudioFileReader.h>

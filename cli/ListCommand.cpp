@@ -1,9 +1,9 @@
 #include "Command.h"
-#include "FeatureGuide.h"
-#include "FeatureNames.h"
-#include "FunctionGuide.h"
-#include "Options.h"
-#include "Text.h"
+#include "features/FeatureNames.h"
+#include "guide/FeatureGuide.h"
+#include "guide/FunctionGuide.h"
+#include "shell/Options.h"
+#include "shell/Text.h"
 
 #include <algorithm>
 #include <iostream>

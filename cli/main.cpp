@@ -1,5 +1,5 @@
 #include "Command.h"
-#include "Interrupt.h"
+#include "shell/Interrupt.h"
 
 #include <log4cplus/initializer.h>
 #include <log4cplus/logger.h>

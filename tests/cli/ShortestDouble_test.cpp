@@ -1,4 +1,4 @@
-#include "ShortestDouble.h"
+#include "shell/ShortestDouble.h"
 
 #include <gtest/gtest.h>
 

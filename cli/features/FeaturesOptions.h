@@ -1,0 +1,52 @@
+#pragma once
+
+#include "features/Column.h"
+#include "shell/Diagnostics.h"
+#include "shell/Options.h"
+
+#include <murvane/audio/input/AudioLinearWindower.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Zantrix::Cli {
+
+/// What a run of 'murvane-audio features' is to do.
+struct FeaturesOptions {
+    std::vector<std::string> files;
+    std::string audioSet;  ///< a list of more files; "" for none
+    std::vector<Column> columns;
+    std::int64_t windowMs = 32;
+    std::int64_t overlapMs = 16;
+    bool suppressDc = false;
+    std::string format = "csv";
+    std::string path;
+    std::string config;        ///< a file that gave what arguments did not; "" for none
+    std::string saveConfig;    ///< a file to write; "" for none
+    std::string saveComputer;  ///< the same
+    LogOptions log;
+};
+
+/// The options as arguments; what they hold goes to `options`, all but files and columns.
+boost::program_options::options_description describeOptions(FeaturesOptions& options);
+
+/// The columns that arguments ask for, in their order; those of archived computers where these stand.
+///
+/// @throw UsageError  naming an archive that cannot be loaded
+std::vector<Column> collectColumns(const std::vector<GivenOption>& given);
+
+/// Makes sure that a run can be what the options say.
+///
+/// @throw UsageError for the first thing that is wrong
+void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNames);
+
+/// Makes sure that no output replaces an input or another output; after the audio set was read.
+///
+/// @throw UsageError  naming the file
+void protectInputs(const FeaturesOptions& options);
+
+/// How to cut windows; the sampling rate is that of each input.
+Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options);
+
+}  // namespace Zantrix::Cli

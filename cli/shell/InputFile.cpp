@@ -1,0 +1,119 @@
+#include "shell/InputFile.h"
+
+#include "Command.h"
+#include "shell/RepairedStream.h"
+#include "shell/WavHeader.h"
+
+#include <sndfile.h>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace Zantrix::Cli {
+
+InputFile::InputFile(std::string name) : m_strName(std::move(name)), m_strPath(m_strName) {
+    if (m_strPath == "-") {
+        m_strPath = "./-";  // a file like any other, where libsndfile would read standard input
+    }
+}
+
+InputFile::~InputFile() = default;
+
+bool InputFile::check(Diagnostics& diagnostics) {
+    struct stat status {};
+    if (::stat(m_strPath.c_str(), &status) != 0) {
+        diagnostics.error(std::strerror(errno));
+        return false;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        diagnostics.error("is a directory");
+        return false;
+    }
+    if (::access(m_strPath.c_str(), R_OK) != 0) {
+        diagnostics.error(std::strerror(errno));
+        return false;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return true;
+    }
+    if (status.st_size == 0) {
+        diagnostics.error("is empty");
+        return false;
+    }
+    return checkHeader(diagnostics) && (m_pRepaired != nullptr || checkAudio(diagnostics));
+}
+
+bool InputFile::checkHeader(Diagnostics& diagnostics) {
+    const auto header = readWavHeader(m_strPath);
+    if (!header) {
+        return true;
+    }
+    const std::string present = std::to_string(header->presentBytes);
+    switch (header->size) {
+        case WavHeader::Size::Fits:
+            return true;
+        case WavHeader::Size::Cut:
+            diagnostics.error("is cut short: its header promises " + std::to_string(header->claimedBytes) +
+                              " bytes of audio, the file holds " + present);
+            return false;
+        case WavHeader::Size::Streamed:
+            diagnostics.warning("its header gives no true length; taking all " + present + " bytes to the end");
+            return true;
+        case WavHeader::Size::NeverSet:
+            break;
+    }
+    m_pRepaired = std::make_unique<RepairedStream>();
+    if (!m_pRepaired->start(m_strPath)) {
+        diagnostics.error("its header says 0 bytes of audio though " + present + " follow, and it cannot be read as " +
+                          "a stream: " + m_pRepaired->getError());
+        return false;
+    }
+    diagnostics.warning("its header was never completed; taking all " + present + " bytes to the end");
+    m_strPath = m_pRepaired->path();
+    return true;
+}
+
+bool InputFile::checkAudio(Diagnostics& diagnostics) {
+    SF_INFO info{};
+    SNDFILE* pFile = sf_open(m_strPath.c_str(), SFM_READ, &info);
+    if (pFile == nullptr) {
+        diagnostics.error(std::string("cannot be read as audio: ") + sf_strerror(nullptr));
+        return false;
+    }
+    sf_close(pFile);
+    if (info.channels != 1) {
+        diagnostics.error("has " + std::to_string(info.channels) + " channels; only mono audio can be analysed");
+        return false;
+    }
+    if (info.frames == 0) {
+        diagnostics.error("holds no audio");
+        return false;
+    }
+    m_uiRate = static_cast<std::uint64_t>(info.samplerate);
+    m_uiSamples = info.frames < SF_COUNT_MAX ? static_cast<std::uint64_t>(info.frames) : 0;
+    return true;
+}
+
+std::uint64_t fileBytes(const std::string& path) {
+    struct stat status {};
+    const bool isFile = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return isFile ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output) {
+    struct stat target {};
+    if (output.empty() || ::stat(output.c_str(), &target) != 0 || !S_ISREG(target.st_mode)) {
+        return;
+    }
+    for (const std::string& input : inputs) {
+        struct stat status {};
+        if (::stat(input.c_str(), &status) == 0 && status.st_dev == target.st_dev && status.st_ino == target.st_ino) {
+            throw UsageError("the output " + output + " would replace the input " + input);
+        }
+    }
+}
+
+}  // namespace Zantrix::Cli

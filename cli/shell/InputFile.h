@@ -1,0 +1,57 @@
+#pragma once
+
+#include "shell/Diagnostics.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Zantrix::Cli {
+
+class RepairedStream;
+
+/// One input: looked at before the library opens it, so that whatever is wrong with it is told in one line.
+class InputFile {
+public:
+    explicit InputFile(std::string name);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    /// Whether the input exists and holds mono audio. What is wrong, or only odd, goes to `diagnostics`. Pipes and
+    /// devices pass unseen, as a look would consume them.
+    bool check(Diagnostics& diagnostics);
+
+    const std::string& name() const { return m_strName; }
+
+    /// The path to open; it may be opened once.
+    const std::string& path() const { return m_strPath; }
+
+    /// The sampling rate in Hz; 0 when it is not known before the input is opened.
+    std::uint64_t rate() const { return m_uiRate; }
+
+    /// The number of samples that the header promises; 0 when it is not known.
+    std::uint64_t samples() const { return m_uiSamples; }
+
+private:
+    bool checkHeader(Diagnostics& diagnostics);
+    bool checkAudio(Diagnostics& diagnostics);
+
+    std::string m_strName;
+    std::string m_strPath;
+    std::uint64_t m_uiRate = 0;
+    std::uint64_t m_uiSamples = 0;
+    std::unique_ptr<RepairedStream> m_pRepaired;
+};
+
+/// The bytes of a file; 0 for what is not a regular file.
+std::uint64_t fileBytes(const std::string& path);
+
+/// Makes sure that an output does not replace one of the inputs.
+///
+/// @param output  a path; "" is standard output
+/// @throw UsageError naming the input
+void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output);
+
+}  // namespace Zantrix::Cli

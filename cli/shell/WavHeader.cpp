@@ -1,0 +1,108 @@
+#include "shell/WavHeader.h"
+
+#include <array>
+#include <cstring>
+#include <fstream>
+
+namespace Zantrix::Cli {
+
+namespace {
+
+// More chunks than any sound program writes; a file of nothing but empty chunks is not worth more time.
+constexpr int c_iMaxChunks = 4096;
+
+// The smallest of the sizes that programs put in when they cannot come back: 0x7FFFF000, 0x80000000, 0xFFFFFFFF, ...
+constexpr std::uint64_t c_uiSmallestStreamedSize = 0x7FFFF000;
+
+struct ChunkHeader {
+    std::array<char, 4> id{};
+    std::uint64_t size = 0;
+
+    bool isPrintable() const {
+        for (const char c : id) {
+            if (c < ' ' || c > '~') {
+                return false;
+            }
+        }
+        return true;
+    }
+};
+
+// Reads within a file of a known size.
+class ChunkWalker {
+public:
+    explicit ChunkWalker(const std::string& path) : m_file(path, std::ios::binary | std::ios::ate) {
+        m_uiFileSize = m_file ? static_cast<std::uint64_t>(m_file.tellg()) : 0;
+    }
+
+    std::uint64_t fileSize() const { return m_uiFileSize; }
+
+    bool read(std::uint64_t offset, char* bytes, std::size_t size) {
+        if (offset > m_uiFileSize || size > m_uiFileSize - offset) {
+            return false;
+        }
+        m_file.seekg(static_cast<std::streamoff>(offset));
+        return static_cast<bool>(m_file.read(bytes, static_cast<std::streamsize>(size)));
+    }
+
+    bool readHeader(std::uint64_t offset, ChunkHeader& header) {
+        std::array<unsigned char, 8> bytes{};
+        if (!read(offset, reinterpret_cast<char*>(bytes.data()), bytes.size())) {
+            return false;
+        }
+        std::memcpy(header.id.data(), bytes.data(), header.id.size());
+        header.size = bytes[4] | (bytes[5] << 8) | (bytes[6] << 16) | (std::uint64_t(bytes[7]) << 24);
+        return true;
+    }
+
+    // Whether nothing but whole chunks stands between `offset` and the end.
+    bool isChunksToTheEnd(std::uint64_t offset) {
+        ChunkHeader header;
+        for (int i = 0; i < c_iMaxChunks && offset < m_uiFileSize; ++i) {
+            if (!readHeader(offset, header) || !header.isPrintable() || header.size > m_uiFileSize - offset - 8) {
+                return false;
+            }
+            offset += 8 + header.size + header.size % 2;
+        }
+        return offset >= m_uiFileSize;
+    }
+
+private:
+    std::ifstream m_file;
+    std::uint64_t m_uiFileSize = 0;
+};
+
+WavHeader judge(ChunkWalker& walker, std::uint64_t dataOffset, std::uint64_t claimed) {
+    WavHeader header;
+    header.claimedBytes = claimed;
+    header.presentBytes = walker.fileSize() - dataOffset;
+    if (claimed > header.presentBytes) {
+        header.size = claimed >= c_uiSmallestStreamedSize ? WavHeader::Size::Streamed : WavHeader::Size::Cut;
+    } else if (claimed == 0 && !walker.isChunksToTheEnd(dataOffset)) {
+        header.size = WavHeader::Size::NeverSet;
+    }
+    return header;
+}
+
+}  // namespace
+
+std::optional<WavHeader> readWavHeader(const std::string& path) {
+    ChunkWalker walker(path);
+    std::array<char, 12> start{};
+    if (!walker.read(0, start.data(), start.size()) || std::memcmp(start.data(), "RIFF", 4) != 0 ||
+        std::memcmp(start.data() + 8, "WAVE", 4) != 0) {
+        return std::nullopt;
+    }
+    std::uint64_t offset = start.size();
+    ChunkHeader chunk;
+    for (int i = 0; i < c_iMaxChunks && walker.readHeader(offset, chunk); ++i) {
+        offset += 8;
+        if (std::memcmp(chunk.id.data(), "data", 4) == 0) {
+            return judge(walker, offset, chunk.size);
+        }
+        offset += chunk.size + chunk.size % 2;  // sums of 32-bit sizes: far from wrapping
+    }
+    return std::nullopt;
+}
+
+}  // namespace Zantrix::Cli
