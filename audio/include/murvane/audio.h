@@ -4,6 +4,7 @@
 
 #include <murvane/audio/annotations/AnnotationBuilder.h>
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
+#include <murvane/audio/annotations/AudioAnnotatedFile.h>
 #include <murvane/audio/annotations/AudioAnnotation.h>
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
 #include <murvane/audio/batch/AudioSetApplicationHelper.h>
@@ -35,6 +36,8 @@
 #include <murvane/core/Export.h>
 #include <murvane/core/Fallible.h>
 #include <murvane/core/FileReplacement.h>
+#include <murvane/core/FileReplacementBuffer.h>
+#include <murvane/core/FileStamp.h>
 #include <murvane/core/LimitedObjPtr.h>
 #include <murvane/core/Logging.h>
 #include <murvane/core/MemAccount.h>

@@ -1,0 +1,285 @@
+#include "AnnotationDiagnostics.h"
+
+#include <murvane/audio/annotations/AudioAnnotatedFile.h>
+#include <murvane/iff/WavChunks.h>
+
+#include <algorithm>
+#include <istream>
+#include <limits>
+#include <ostream>
+#include <utility>
+
+namespace Zantrix::Audio {
+
+namespace {
+
+// A cue number is the length of a list to be: a stranger's must not be able to ask for all memory.
+constexpr std::uint32_t c_uiEndOfCueNumbers = std::uint32_t{1} << 20;
+
+// The one text for both kinds of chunk: log filters have always known labels by it, too.
+constexpr const char* c_szNoCue = "Error, cue point ID in ltxt chunk has no associated cue. Skipping it...";
+
+template <typename... Parts>
+void report(LogLevel level, int line, const Parts&... parts) {
+    annotationLogger().log(level, c_szAnnotationSource, line, parts...);
+}
+
+// Hands the content of every chunk with this identifier, wherever it stands, to `visit`.
+template <typename Content, typename Visit>
+void forEachChunk(IFF::IFFParser& parser, IFF::ChunkId id, Visit visit) {
+    IFF::ChunkPos position;
+    for (bool isFound = parser.find(id, position); isFound; isFound = parser.findNext(position)) {
+        const IFF::Chunk& chunk = *position.getChunk();
+        Content content;
+        if (content.decode(chunk.getData(), chunk.getSize())) {
+            visit(content, position);
+        } else {
+            report(LogLevel::Error, __LINE__, "Error, ", id, " chunk is too short. Skipping it...");
+        }
+    }
+}
+
+template <typename Content>
+void encodeInto(const Content& content, IFF::Chunk& chunk) {
+    std::vector<char> bytes;
+    content.encode(bytes);
+    chunk.setData(bytes.data(), static_cast<unsigned>(bytes.size()));
+}
+
+}  // namespace
+
+std::istream& AnnotatedFile::readFromWAV(std::istream& is) {
+    m_vAnnotations.clear();
+    m_strError.clear();
+    m_strLoadedFrom.clear();
+    m_parser.read(is);
+    if (!m_parser.isValid()) {
+        m_strError = m_parser.getError();
+        return is;
+    }
+    if (!readWavProperties()) {
+        is.setstate(std::ios::failbit);
+    } else if (!readAnnotations()) {
+        m_vAnnotations.clear();
+        is.setstate(std::ios::failbit);
+    }
+    return is;
+}
+
+bool AnnotatedFile::readWavProperties() {
+    IFF::ChunkPos position;
+    if (!m_parser.find("fmt ", position)) {
+        return refuse("Invalid WAV file : no chunk fmt");
+    }
+    IFF::WavFmtChunk chunkFmt;  // stays at 0 channels if the chunk is too short
+    chunkFmt.decode(position.getChunk()->getData(), position.getChunk()->getSize());
+    m_uiSampleRate = chunkFmt.m_uiSampleRate;
+    report(LogLevel::Debug, __LINE__, "Sample rate of WAV file : ", m_uiSampleRate);
+    const auto demand = [this](bool condition, const char* text, int line, const std::string& reason) {
+        if (!Assertion(condition, text, c_szAnnotationSource, line)) {
+            m_strError = reason;
+        }
+        return condition;
+    };
+    const unsigned bytesPerSample = chunkFmt.m_usSignBitsPerSample / 8;
+    if (!demand(chunkFmt.m_usNbOfChannels == 1, "chunkFmt.m_usNbOfChannels == 1", __LINE__,
+                concatenate("only mono files can be annotated, this has ", chunkFmt.m_usNbOfChannels, " channels")) ||
+        !demand(bytesPerSample > 0, "chunkFmt.m_usSignBitsPerSample >= 8", __LINE__,
+                concatenate("samples of ", chunkFmt.m_usSignBitsPerSample, " bits cannot be counted")) ||
+        !demand(m_uiSampleRate > 0, "chunkFmt.m_uiSampleRate > 0", __LINE__, "its sample rate is 0")) {
+        return false;
+    }
+    if (!m_parser.find("data", position)) {
+        return refuse("Invalid WAV file : no chunk data");
+    }
+    m_uiNbOfSamples = position.getChunk()->getSize() / bytesPerSample;
+    report(LogLevel::Debug, __LINE__, "Number of samples in WAV file : ", m_uiNbOfSamples);
+    return true;
+}
+
+bool AnnotatedFile::readAnnotations() {
+    const double rate = m_uiSampleRate;
+    std::vector<bool> hasStart;
+    std::uint32_t largest = 0;
+    forEachChunk<IFF::WavCuePointChunk>(m_parser, "cuep",
+                                        [&](const IFF::WavCuePointChunk& cue, const IFF::ChunkPos& at) {
+                                            const std::uint32_t index = cue.m_uiIdentifier;
+                                            largest = std::max(largest, index);
+                                            // A chunk of that name outside a "cue " chunk is no record of it, but
+                                            // somebody else's.
+                                            if (index >= c_uiEndOfCueNumbers || at.getOwner() == nullptr ||
+                                                at.getOwner()->getId() != IFF::ChunkId("cue ")) {
+                                                return;
+                                            }
+                                            while (m_vAnnotations.size() <= index) {
+                                                m_vAnnotations.emplace_back(new AnnotationImpl);
+                                                hasStart.push_back(false);
+                                            }
+                                            m_vAnnotations[index]->setStartTime(cue.m_uiSampleOffset / rate);
+                                            hasStart[index] = true;
+                                        });
+    if (largest >= c_uiEndOfCueNumbers) {
+        return refuse(concatenate("Error, cue point ID ", largest, " is not below ", c_uiEndOfCueNumbers));
+    }
+
+    const std::size_t count = m_vAnnotations.size();
+    std::vector<bool> hasStop(count, false);
+    forEachChunk<IFF::WavLabeledTextChunk>(m_parser, "ltxt", [&](const IFF::WavLabeledTextChunk& text, const auto&) {
+        const std::uint32_t index = text.m_uiIdentifier;
+        if (index >= count) {
+            report(LogLevel::Error, __LINE__, c_szNoCue);
+            return;
+        }
+        Annotation& annotation = *m_vAnnotations[index];
+        annotation.setStopTime(annotation.getStartTime() + text.m_uiSampleLength / rate);
+        hasStop[index] = true;
+    });
+    std::vector<bool> hasLabel(count, false);
+    forEachChunk<IFF::WavLabelChunk>(m_parser, "labl", [&](const IFF::WavLabelChunk& label, const auto&) {
+        const std::uint32_t index = label.m_uiIdentifier;
+        if (index >= count) {
+            report(LogLevel::Error, __LINE__, c_szNoCue);
+            return;
+        }
+        m_vAnnotations[index]->setLabel(label.m_strText.c_str());
+        hasLabel[index] = true;
+    });
+
+    if (hasStop != hasStart) {
+        return refuse("Error, at least a start time is missing in the annotations");
+    }
+    if (hasLabel != hasStart) {
+        return refuse("Error, at least a label is missing in the annotations");
+    }
+    if (std::find(hasStart.begin(), hasStart.end(), false) != hasStart.end()) {
+        report(LogLevel::Warn, __LINE__,
+               "Annotation indexes are not contiguous. This would lead to empty annotations, which should not be a "
+               "problem.");
+    }
+    return true;
+}
+
+std::ostream& AnnotatedFile::writeToWAV(std::ostream& os) {
+    m_strError.clear();
+    const auto fail = [&]() -> std::ostream& {
+        os.setstate(std::ios::failbit);
+        return os;
+    };
+    const auto isNull = [](const CloneableObjPtr<Annotation>& pAnnotation) { return pAnnotation.isNull(); };
+    if (!Assertion(std::none_of(m_vAnnotations.begin(), m_vAnnotations.end(), isNull), "!pAnnotation.isNull()",
+                   c_szAnnotationSource, __LINE__)) {
+        m_strError = "an annotation is null";
+        return fail();
+    }
+    if (m_vAnnotations.size() >= c_uiEndOfCueNumbers) {
+        refuse(concatenate("Error, ", m_vAnnotations.size(), " annotations are too many to be read again"));
+        return fail();
+    }
+    IFF::ChunkList* const pOldList = clearAnnotations();
+    if (!readWavProperties()) {
+        return fail();
+    }
+    if (!m_vAnnotations.empty()) {
+        appendAnnotations(pOldList);
+    } else if (pOldList != nullptr && pOldList->empty() && pOldList->getTail().empty() && !removeEmptied(*pOldList)) {
+        return fail();
+    }
+    if (!m_parser.write(os)) {
+        m_strError = m_parser.getError();
+    }
+    return os;
+}
+
+// The list that the last "ltxt", "labl" or "note" chunk was in; null if there was none.
+IFF::ChunkList* AnnotatedFile::clearAnnotations() {
+    IFF::ChunkList* pList = nullptr;
+    for (const IFF::ChunkId id :
+         {IFF::ChunkId("cue "), IFF::ChunkId("ltxt"), IFF::ChunkId("labl"), IFF::ChunkId("note")}) {
+        IFF::ChunkPos position;
+        for (bool isFound = m_parser.find(id, position); isFound; isFound = m_parser.findNext(position)) {
+            if (id != IFF::ChunkId("cue ")) {
+                pList = position.getList();
+            }
+            m_parser.remove(position);
+        }
+    }
+    return pList;
+}
+
+bool AnnotatedFile::removeEmptied(const IFF::ChunkList& list) {
+    IFF::ChunkPos position;
+    if (!m_parser.findOwner(list, position) || position.getChunk()->getId() != IFF::ChunkId("LIST")) {
+        return refuse("Not able to delete empty LIST chunk");
+    }
+    m_parser.remove(position);
+    return true;
+}
+
+void AnnotatedFile::appendAnnotations(IFF::ChunkList* pOldList) {
+    IFF::Chunk cue("cue ");
+    IFF::Chunk newList("LIST");
+    newList.getList()->setType("adtl");
+    IFF::ChunkList& list = pOldList != nullptr ? *pOldList : *newList.getList();
+    unsigned id = 0;
+    for (const CloneableObjPtr<Annotation>& pAnnotation : m_vAnnotations) {
+        IFF::Chunk cuePoint("cuep");
+        IFF::Chunk labeledText("ltxt");
+        IFF::Chunk label("labl");
+        createAnnotation(*pAnnotation, ++id, cuePoint, labeledText, label);
+        cue.getList()->append(std::move(cuePoint));
+        list.append(std::move(labeledText));
+        list.append(std::move(label));
+    }
+    m_parser.getChunks().append(std::move(cue));
+    if (pOldList == nullptr) {
+        m_parser.getChunks().append(std::move(newList));
+    }
+}
+
+void AnnotatedFile::createAnnotation(const Annotation& annotation, unsigned id, IFF::Chunk& cuePoint,
+                                     IFF::Chunk& labeledText, IFF::Chunk& label) const {
+    std::uint32_t start = toSample(annotation.getStartTime(), m_uiSampleRate);
+    if (start > m_uiNbOfSamples) {
+        report(LogLevel::Warn, __LINE__, "Start time for one of the annotations ", start,
+               " is greater than the end of this audio file ", m_uiNbOfSamples, " Annotation: ", annotation,
+               ". Shrinking it...");
+        start = m_uiNbOfSamples;
+    }
+    IFF::WavCuePointChunk cueContent;
+    cueContent.m_uiIdentifier = id;
+    cueContent.m_uiPosition = cueContent.m_uiSampleOffset = start;
+    encodeInto(cueContent, cuePoint);
+
+    IFF::WavLabelChunk labelContent;
+    labelContent.m_uiIdentifier = id;
+    labelContent.m_strText = annotation.getLabel();
+    encodeInto(labelContent, label);
+
+    std::uint32_t length = toSample(annotation.getStopTime() - annotation.getStartTime(), m_uiSampleRate);
+    if (std::uint64_t{start} + length > m_uiNbOfSamples) {
+        report(LogLevel::Warn, __LINE__,
+               "Stop time for one of the annotations is greater than the end of this audio file. Shrinking it...");
+        length = m_uiNbOfSamples - start;
+    }
+    IFF::WavLabeledTextChunk textContent;
+    textContent.m_uiIdentifier = id;
+    textContent.m_uiSampleLength = length;
+    encodeInto(textContent, labeledText);
+}
+
+std::uint32_t AnnotatedFile::toSample(double seconds, std::uint32_t sampleRate) {
+    const double sample = seconds * sampleRate + 0.5;
+    if (!(sample >= 1.0)) {  // NaN as well
+        return 0;
+    }
+    constexpr std::uint32_t last = std::numeric_limits<std::uint32_t>::max();
+    return sample >= last ? last : static_cast<std::uint32_t>(sample);
+}
+
+bool AnnotatedFile::refuse(const std::string& reason) {
+    m_strError = reason;
+    report(LogLevel::Error, __LINE__, reason);
+    return false;
+}
+
+}  // namespace Zantrix::Audio
