@@ -1,8 +1,6 @@
 #pragma once
 
 // What the tests of file replacement share.
-#include "AsUser.h"
-
 #include <murvane/core/FileReplacement.h>
 
 #include <gmock/gmock.h>
@@ -12,6 +10,7 @@
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
+#include <testkit/AsUser.h>
 #include <testkit/WavFixture.h>
 #include <vector>
 

@@ -1,5 +1,5 @@
 // Files that are not as they should be: what is read, what is noted, and what writing makes of them.
-#include "WavBytes.h"
+#include "ChunkTrees.h"
 
 #include <gtest/gtest.h>
 

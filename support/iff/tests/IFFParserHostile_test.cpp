@@ -1,5 +1,5 @@
 // Input by someone who means harm, and input that is merely large.
-#include "WavBytes.h"
+#include "ChunkTrees.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "WavBytes.h"
+#include "ChunkTrees.h"
 
 #include <murvane/iff/WavChunks.h>
 

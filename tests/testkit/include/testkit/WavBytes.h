@@ -1,12 +1,9 @@
 #pragma once
 
-#include <murvane/iff/IFFParser.h>
-
 #include <cstdint>
-#include <sstream>
 #include <string>
 
-/// Builds small files as strings, and shows trees as strings, so that both can be written out and compared in tests.
+/// Builds small WAV files as strings, chunk by chunk.
 namespace wav {
 
 inline std::string u16(unsigned value) {
@@ -76,54 +73,6 @@ inline std::string labl(std::uint32_t id, const std::string& text) {
 inline std::string annotatedFile() {
     return file(fmt() + data() + chunk("cue ", u32(2) + cueRecord(1, 0) + cueRecord(2, 1)) +
                 chunk("LIST", "adtl" + ltxt(1, 1) + labl(1, "SF_440")) + chunk("LIST", "INFO" + chunk("ISFT", "abc")));
-}
-
-inline std::string outline(const Zantrix::IFF::ChunkList& list) {
-    std::string text;
-    for (const Zantrix::IFF::Chunk& chunk : list) {
-        text += text.empty() ? "" : " ";
-        text += chunk.getId().toString() + ":";
-        if (chunk.getList() == nullptr) {
-            text += std::to_string(chunk.getSize());
-        } else {
-            const bool isCue = chunk.getId() == Zantrix::IFF::ChunkId("cue ");
-            text += (isCue ? "" : chunk.getList()->getType().toString()) + "(" + outline(*chunk.getList()) + ")";
-        }
-    }
-    if (!list.getTail().empty()) {
-        text += " tail:" + std::to_string(list.getTail().size());
-    }
-    return text;
-}
-
-inline std::string outline(const Zantrix::IFF::IFFParser& parser) {
-    return outline(parser.getChunks());
-}
-
-inline Zantrix::IFF::IFFParser parse(const std::string& bytes) {
-    std::istringstream is(bytes);
-    Zantrix::IFF::IFFParser parser;
-    parser.read(is);
-    return parser;
-}
-
-inline std::string written(Zantrix::IFF::IFFParser parser) {
-    std::ostringstream os;
-    parser.write(os);
-    return os.good() ? os.str() : "write failed: " + parser.getError();
-}
-
-/// "offset: text" of each finding, one a line.
-inline std::string findings(const Zantrix::IFF::IFFParser& parser) {
-    std::string text;
-    for (const Zantrix::IFF::Finding& finding : parser.getFindings()) {
-        text += std::to_string(finding.uiOffset) + ": " + finding.strText + "\n";
-    }
-    return text;
-}
-
-inline std::string content(const Zantrix::IFF::Chunk& chunk) {
-    return chunk.getData() == nullptr ? "" : std::string(chunk.getData(), chunk.getSize());
 }
 
 }  // namespace wav
