@@ -33,15 +33,15 @@ inline LogRecord record(int level, const std::string& message) {
 }
 
 inline const LogRecord c_notContiguous =
-    record(c_iWarn, "Annotation indexes are not contiguous. This would lead to empty annotations, which should not be a "
-                    "problem.");
+    record(c_iWarn,
+           "Annotation indexes are not contiguous. This would lead to empty annotations, which should not be a "
+           "problem.");
 inline const LogRecord c_noCue =
     record(c_iError, "Error, cue point ID in ltxt chunk has no associated cue. Skipping it...");
 inline const LogRecord c_startMissing = record(c_iError, "Error, at least a start time is missing in the annotations");
 inline const LogRecord c_labelMissing = record(c_iError, "Error, at least a label is missing in the annotations");
 inline const LogRecord c_stopShrunk =
-    record(c_iWarn,
-           "Stop time for one of the annotations is greater than the end of this audio file. Shrinking it...");
+    record(c_iWarn, "Stop time for one of the annotations is greater than the end of this audio file. Shrinking it...");
 
 /// What reading properties logs about a file of 8000 Hz.
 inline LogRecord rate(unsigned samplesPerSecond = 8000) {

@@ -77,8 +77,8 @@ TEST(AnnotatedFileRead, AReadReplacesTheListOfAnEarlierOne) {
 TEST(AnnotatedFileRead, ACuePointWithoutIntervalFailsTheRead) {
     AnnotatedFile file;
     LogRecorder recorder;
-    EXPECT_FALSE(read(file, recording(cue({cueRecord(0, 80), cueRecord(1, 90)}) +
-                                      adtl(ltxt(0, 8) + labl(0, "a") + labl(1, "b")))));
+    EXPECT_FALSE(read(
+        file, recording(cue({cueRecord(0, 80), cueRecord(1, 90)}) + adtl(ltxt(0, 8) + labl(0, "a") + labl(1, "b")))));
     EXPECT_THAT(list(file), IsEmpty());
     EXPECT_THAT(recorder.records(), ElementsAre(rate(), samples(1000), c_startMissing));
     EXPECT_EQ(file.getError(), "Error, at least a start time is missing in the annotations");
@@ -87,8 +87,7 @@ TEST(AnnotatedFileRead, ACuePointWithoutIntervalFailsTheRead) {
 TEST(AnnotatedFileRead, AnIntervalForAGapFailsTheRead) {
     AnnotatedFile file;
     LogRecorder recorder;
-    EXPECT_FALSE(read(file, recording(cue({cueRecord(1, 80)}) +
-                                      adtl(ltxt(0, 8) + ltxt(1, 8) + labl(1, "a")))));
+    EXPECT_FALSE(read(file, recording(cue({cueRecord(1, 80)}) + adtl(ltxt(0, 8) + ltxt(1, 8) + labl(1, "a")))));
     EXPECT_THAT(list(file), IsEmpty());
     EXPECT_THAT(recorder.records(), ElementsAre(rate(), samples(1000), c_startMissing));
 }
@@ -134,18 +133,17 @@ TEST(AnnotatedFileRead, LabelsWithoutAnyCuePointLeaveAnEmptyList) {
 }
 
 TEST(AnnotatedFileRead, OfSeveralChunksWithOneIdentifierTheLastHolds) {
-    const AnnotatedFile file =
-        opened(recording(cue({cueRecord(0, 80), cueRecord(0, 160)}) + adtl(ltxt(0, 8) + labl(0, "a")) +
-                         adtl(ltxt(0, 16) + labl(0, "b"))));
+    const AnnotatedFile file = opened(recording(cue({cueRecord(0, 80), cueRecord(0, 160)}) +
+                                                adtl(ltxt(0, 8) + labl(0, "a")) + adtl(ltxt(0, 16) + labl(0, "b"))));
     EXPECT_THAT(list(file), ElementsAre("b 0.02 0.022"));
 }
 
 TEST(AnnotatedFileRead, ChunksTooShortForTheirFieldsAreSkipped) {
     AnnotatedFile file;
     LogRecorder recorder;
-    EXPECT_TRUE(read(file, recording(cue({cueRecord(0, 80)}) +
-                                     adtl(ltxt(0, 8) + labl(0, "a") + wav::chunk("ltxt", wav::zeros(19) ) +
-                                          wav::chunk("labl", wav::zeros(3))))));
+    EXPECT_TRUE(read(
+        file, recording(cue({cueRecord(0, 80)}) + adtl(ltxt(0, 8) + labl(0, "a") + wav::chunk("ltxt", wav::zeros(19)) +
+                                                       wav::chunk("labl", wav::zeros(3))))));
     EXPECT_THAT(list(file), ElementsAre("a 0.01 0.011"));
     EXPECT_THAT(recorder.records(),
                 ElementsAre(rate(), samples(1000), record(c_iError, "Error, ltxt chunk is too short. Skipping it..."),
@@ -160,8 +158,8 @@ TEST(AnnotatedFileRead, AChunkNamedLikeACueRecordElsewhereIsNone) {
 TEST(AnnotatedFileRead, LabelsNeedNoTerminatorAndEndAtTheFirstZero) {
     const std::string unterminated = wav::chunk("labl", wav::u32(0) + "abc");
     const std::string twoTexts = wav::chunk("labl", wav::u32(1) + "d" + wav::zeros(1) + "ef");
-    const AnnotatedFile file = opened(recording(cue({cueRecord(0, 8), cueRecord(1, 8)}) +
-                                                adtl(ltxt(0, 0) + unterminated + ltxt(1, 0) + twoTexts)));
+    const AnnotatedFile file = opened(
+        recording(cue({cueRecord(0, 8), cueRecord(1, 8)}) + adtl(ltxt(0, 0) + unterminated + ltxt(1, 0) + twoTexts)));
     EXPECT_THAT(list(file), ElementsAre("abc 0.001 0.001", "d 0.001 0.001"));
 }
 
@@ -184,8 +182,8 @@ TEST(AnnotatedFileRead, OnlyMonoIsAccepted) {
     AnnotatedFile file;
     LogRecorder recorder(log4cplus::DEBUG_LOG_LEVEL);
     EXPECT_FALSE(read(file, wav::file(fmt(2) + data(10))));
-    EXPECT_THAT(recorder.records(), ElementsAre(rate(), failedAssertion("chunkFmt.m_usNbOfChannels == 1",
-                                                                        "AudioAnnotation")));
+    EXPECT_THAT(recorder.records(),
+                ElementsAre(rate(), failedAssertion("chunkFmt.m_usNbOfChannels == 1", "AudioAnnotation")));
     EXPECT_THAT(file.getError(), testing::HasSubstr("2 channels"));
 }
 
@@ -223,10 +221,11 @@ TEST(AnnotatedFileRead, WhatIsNoWavFileFailsWithoutARecord) {
 TEST(AnnotatedFileRead, ACueNumberThatWouldTakeAllMemoryIsRefused) {
     AnnotatedFile file;
     LogRecorder recorder;
-    EXPECT_FALSE(read(file, recording(cue({cueRecord(0, 8), cueRecord(1048576, 8)}) + adtl(ltxt(0, 8) + labl(0, "a")))));
+    EXPECT_FALSE(
+        read(file, recording(cue({cueRecord(0, 8), cueRecord(1048576, 8)}) + adtl(ltxt(0, 8) + labl(0, "a")))));
     EXPECT_THAT(list(file), IsEmpty());
-    EXPECT_THAT(recorder.records(),
-                ElementsAre(rate(), samples(1000), record(c_iError, "Error, cue point ID 1048576 is not below 1048576")));
+    EXPECT_THAT(recorder.records(), ElementsAre(rate(), samples(1000),
+                                                record(c_iError, "Error, cue point ID 1048576 is not below 1048576")));
 }
 
 TEST(AnnotatedFileRead, TheLargestCueNumberIsTaken) {
