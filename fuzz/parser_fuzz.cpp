@@ -1,11 +1,11 @@
 // Any bytes: read, walk, write, read again; then the same with the annotations replaced.
+#include "Require.h"
+
 #include <murvane/iff/IFFParser.h>
 #include <murvane/iff/WavChunks.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -14,13 +14,6 @@
 namespace {
 
 using namespace Zantrix::IFF;
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "violated: %s\n", what);
-        std::abort();
-    }
-}
 
 /// Reads every byte of the tree, and its contents as each kind of chunk; describes it without padding.
 std::string describe(const ChunkList& list) {

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes the seeds of parser_fuzz into corpus/parser: small WAV files, each with one feature or one defect."""
+"""Writes seeds into corpus/: small WAV files, each with one feature or one defect, and lists of annotations."""
 
 import pathlib
 import struct
 
-FOLDER = pathlib.Path(__file__).parent / "corpus" / "parser"
+FOLDER = pathlib.Path(__file__).parent / "corpus"
 
 
 def chunk(identifier, content, size=None, padding=b"\0"):
@@ -43,7 +43,7 @@ UNPADDED_DATA = chunk(b"data", b"\x01\x02\x03", padding=b"")
 ADTL = chunk(b"LIST", b"adtl" + labelled_text(1, 2) + label(1, b"SF_440"))
 INFO = chunk(b"LIST", b"INFO" + chunk(b"ISFT", b"seed\0"))
 
-SEEDS = {
+PARSER = {
     "plain": riff(FMT, DATA),
     "annotated": riff(FMT, DATA, cue(2, record(1, 0), record(2, 3)), ADTL, INFO),
     "format_with_extra_bytes": riff(chunk(b"fmt ", FMT[8:] + b"\x02\0\x2a\x2b"), DATA),
@@ -70,7 +70,64 @@ SEEDS = {
     "header_only": riff(),
 }
 
+
+def adtl(*chunks):
+    return chunk(b"LIST", b"adtl" + b"".join(chunks))
+
+
+def interval(identifier, text):
+    return labelled_text(identifier, 2) + label(identifier, text)
+
+
+# What can be read as a list of annotations, and what just cannot.
+ANNOTATED_FILE = {
+    "from_zero": riff(FMT, DATA, cue(2, record(0, 0), record(1, 2)), adtl(interval(0, b"SF_440"), interval(1, b"b"))),
+    "from_one": riff(FMT, DATA, cue(1, record(1, 1)), ADTL, INFO),
+    "gaps": riff(FMT, DATA, cue(2, record(2, 0), record(5, 2)), adtl(interval(5, b"b"), interval(2, b"AM_1000x50"))),
+    "list_before_cue": riff(FMT, adtl(interval(0, b"a")), cue(1, record(0, 3)), DATA),
+    "lower_case_list": riff(FMT, DATA, cue(1, record(0, 1)), chunk(b"list", b"adtl" + interval(0, b"x"))),
+    "two_lists": riff(FMT, DATA, cue(1, record(0, 1)), adtl(labelled_text(0, 1)), adtl(label(0, b"x"))),
+    "notes_and_others": riff(FMT, DATA, cue(1, record(0, 1)),
+                             adtl(interval(0, b"x"), chunk(b"note", b"\0\0\0\0n\0"), chunk(b"file", b"abcd"))),
+    "no_interval": riff(FMT, DATA, cue(1, record(0, 1)), adtl(label(0, b"x"))),
+    "no_label": riff(FMT, DATA, cue(1, record(0, 1)), adtl(labelled_text(0, 1))),
+    "no_cue": riff(FMT, DATA, ADTL),
+    "past_the_end": riff(FMT, DATA, cue(1, record(0, 0xFFFFFFFF)), adtl(labelled_text(0, 0xFFFFFFFF), label(0, b"x"))),
+    "huge_identifier": riff(FMT, DATA, cue(1, record(0xFFFFFFFF, 0)), ADTL),
+    "odd_data": riff(FMT, ODD_DATA, cue(1, record(0, 1)), adtl(interval(0, b"x"))),
+    "truncated": riff(FMT, DATA, cue(1, record(1, 1)), ADTL)[:-9],
+    "stereo": riff(chunk(b"fmt ", struct.pack("<HHIIHH", 1, 2, 8000, 32000, 4, 16)), DATA),
+    "no_bits": riff(chunk(b"fmt ", struct.pack("<HHIIHH", 1, 1, 8000, 16000, 2, 0)), DATA),
+}
+
+
+def annotation(start, stop, text):
+    """As the round trip reads it: times in samples where the kind is even, in seconds where it is odd."""
+    times = b"".join(b"\0" + struct.pack("<H", t) if isinstance(t, int) else b"\1" + struct.pack("<d", t)
+                     for t in (start, stop))
+    return times + bytes([len(text)]) + text
+
+
+def annotations(rate, samples, *items):
+    return struct.pack("<IH", rate, samples) + b"".join(items)
+
+
+ANNOTATION_ROUNDTRIP = {
+    "none": annotations(8000, 100),
+    "two": annotations(8000, 24000, annotation(4000, 8000, b"SF_440"), annotation(16000, 20000, b"AM_1000x50")),
+    "beyond_the_end": annotations(8000, 101, annotation(200, 300, b"late"), annotation(50, 300, b"cut")),
+    "no_times": annotations(44100, 10, annotation(float("nan"), float("inf"), b"x"), annotation(-1.0, 1e300, b"")),
+    "backwards": annotations(1, 1000, annotation(900, 100, b"Gr\xc3\xbc\xc3\x9fe")),
+}
+
+CORPORA = {
+    "parser": (PARSER, ".wav"),
+    "annotated_file": (ANNOTATED_FILE, ".wav"),
+    "annotation_roundtrip": (ANNOTATION_ROUNDTRIP, ""),
+}
+
 if __name__ == "__main__":
-    FOLDER.mkdir(parents=True, exist_ok=True)
-    for name, content in SEEDS.items():
-        (FOLDER / f"{name}.wav").write_bytes(content)
+    for corpus, (seeds, ending) in CORPORA.items():
+        (FOLDER / corpus).mkdir(parents=True, exist_ok=True)
+        for name, content in seeds.items():
+            (FOLDER / corpus / f"{name}{ending}").write_bytes(content)
