@@ -30,7 +30,8 @@ constexpr bool hasOneOrdinary = hasOne<D, B>&& requires(B* base) {
 
 /// What every interface is: the bases shared, and no state.
 template <class I>
-constexpr bool isInterface = std::is_abstract_v<I>&& hasOneVirtual<I, Zantrix::Object> && sizeof(I) <= 2 * sizeof(void*);
+constexpr bool isInterface = std::is_abstract_v<I>&& hasOneVirtual<I, Zantrix::Object> &&
+                             sizeof(I) <= 2 * sizeof(void*);
 
 template <class T>
 constexpr bool isCopyable = std::is_copy_constructible_v<T>&& std::is_copy_assignable_v<T>;
