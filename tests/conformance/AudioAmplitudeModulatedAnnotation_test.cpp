@@ -5,22 +5,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <testkit/LogRecorder.h>
 
 namespace {
 
-using namespace Zantrix;
 using namespace Zantrix::Audio;
-using annotation_test::c_nullLabel;
 using annotation_test::live;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testkit::LogRecord;
 using testkit::LogRecorder;
-
-constexpr const char* c_szAccount = "AmplitudeModulatedAnnotationImpl";
 
 LogRecord record(int level, const std::string& message) {
     return {"murvane.audio.annotation.AmplitudeModulated", level, message, "AudioAmplitudeModulatedAnnotation", {}};
@@ -54,30 +49,6 @@ void expectTone(const AmplitudeModulatedAnnotationImpl& annotation, unsigned car
     EXPECT_EQ(annotation.getModulatedFreq(), 40u);
     EXPECT_EQ(annotation.getStartTime(), 1.0);
     EXPECT_EQ(annotation.getStopTime(), 2.0);
-}
-
-TEST(AmplitudeModulatedAnnotation, ANewOneHasNoFrequenciesAndTheLabelOfTheBase) {
-    const LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
-    const AmplitudeModulatedAnnotationImpl fresh;
-    EXPECT_EQ(fresh.getCarrierFreq(), 0u);
-    EXPECT_EQ(fresh.getModulatedFreq(), 0u);
-    EXPECT_EQ(fresh.getLabel(), "SF_MIN");
-    EXPECT_EQ(fresh.getStartTime(), 0.0);
-    EXPECT_EQ(fresh.getStopTime(), 0.0);
-    EXPECT_THAT(log.records(), IsEmpty());
-}
-
-TEST(AmplitudeModulatedAnnotation, TellsItsTypeWhicheverInterfaceIsAsked) {
-    EXPECT_STREQ(AmplitudeModulatedAnnotation::getPrefix(), "AM_");
-    EXPECT_STREQ(AmplitudeModulatedAnnotationImpl::s_getRegex(), "AM_[0-9]*x[0-9]*");
-    EXPECT_STREQ(AmplitudeModulatedAnnotationImpl::s_getTypeName(), "AmplitudeModulated");
-    const AmplitudeModulatedAnnotationImpl tone;
-    const AnnotationPrototype& prototype = tone;
-    const AmplitudeModulatedAnnotation& interface = tone;
-    const AnnotationImpl& base = tone;
-    EXPECT_STREQ(prototype.getRegex(), "AM_[0-9]*x[0-9]*");
-    EXPECT_STREQ(interface.getRegex(), "AM_[0-9]*x[0-9]*");
-    EXPECT_STREQ(base.getTypeName(), "AmplitudeModulated");
 }
 
 // --- labels ---
@@ -135,14 +106,6 @@ TEST(AmplitudeModulatedAnnotation, KeepsTheCarrierOfALabelWithoutAModulatingFreq
     }
 }
 
-TEST(AmplitudeModulatedAnnotation, ANullLabelIsTheAssertionOfTheBase) {
-    AmplitudeModulatedAnnotationImpl annotation = tone();
-    const LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
-    EXPECT_FALSE(annotation.setLabel(nullptr));
-    EXPECT_THAT(log.records(), ElementsAre(c_nullLabel));
-    expectTone(annotation);
-}
-
 TEST(AmplitudeModulatedAnnotation, ReadsHugeLabels) {
     AmplitudeModulatedAnnotationImpl annotation = tone();
     const std::string zeros(1 << 20, '0');
@@ -160,24 +123,6 @@ TEST(AmplitudeModulatedAnnotation, ReadsHugeLabels) {
     EXPECT_FALSE(annotation.setLabel(tooLarge.c_str()));
     EXPECT_THAT(log.take(), ElementsAre(missing("carrier frequency", tooLarge)));
     expectTone(annotation);
-}
-
-TEST(AmplitudeModulatedAnnotation, TakesItsOwnLabel) {
-    AmplitudeModulatedAnnotationImpl annotation;
-    for (const std::string& label : {std::string("am_01X2"), "AM_" + std::string(100, '0') + "1x2"}) {
-        EXPECT_TRUE(annotation.setLabel(label.c_str()));
-        EXPECT_TRUE(annotation.setLabel(annotation.getLabel().c_str()));
-        EXPECT_EQ(annotation.getLabel(), label);
-        EXPECT_EQ(annotation.getCarrierFreq(), 1u);
-        EXPECT_EQ(annotation.getModulatedFreq(), 2u);
-    }
-}
-
-TEST(AmplitudeModulatedAnnotation, ComparesLabelsAsTheBaseDoes) {
-    const AmplitudeModulatedAnnotationImpl annotation = tone();
-    const Annotation& interface = annotation;
-    EXPECT_TRUE(interface == "am_0900X040");
-    EXPECT_FALSE(interface == "AM_900x40") << "the label counts, not the frequencies";
 }
 
 TEST(AmplitudeModulatedAnnotation, KnowsTheLabelsOfItsTypeInAnyCase) {
@@ -236,85 +181,16 @@ TEST(AmplitudeModulatedAnnotation, DerivedTypesMayStoreFirstAndLabelLater) {
     EXPECT_EQ(derived.getLabel(), "AM_10x20");
 }
 
-// --- copies ---
-
-TEST(AmplitudeModulatedAnnotation, CopiesHaveTheFrequenciesAndTheLabelAsGiven) {
-    const AmplitudeModulatedAnnotationImpl original = tone();
-    const AmplitudeModulatedAnnotationImpl copy(original);
-    AmplitudeModulatedAnnotationImpl assigned;
-    EXPECT_EQ(&(assigned = original), &assigned);
-    const AmplitudeModulatedAnnotationImpl& same = assigned;
-    assigned = same;
-    expectTone(copy);
-    expectTone(assigned);
-    assigned.setCarrierFreq(1);
-    expectTone(original);
-}
-
-TEST(AmplitudeModulatedAnnotation, ClonesAreOfTheTypeAndTheirOwn) {
-    const AmplitudeModulatedAnnotationImpl original = tone();
-    const Cloneable& cloneable = original;
-    const std::unique_ptr<AmplitudeModulatedAnnotationImpl> pClone(original.clone());
-    const std::unique_ptr<Cloneable> pOther(cloneable.clone());
-    expectTone(*pClone);
-    const auto* pOtherTone = dynamic_cast<const AmplitudeModulatedAnnotationImpl*>(pOther.get());
-    ASSERT_NE(pOtherTone, nullptr);
-    expectTone(*pOtherTone);
-    EXPECT_TRUE(pClone->setLabel("AM_1x2"));
-    pClone->setStartTime(5.0);
-    expectTone(original);
-}
-
 // --- accounts ---
 
-TEST(AmplitudeModulatedAnnotation, LivesInItsOwnAccountNotInThatOfItsInterface) {
-    EXPECT_STREQ(AmplitudeModulatedAnnotationImpl::getMemAccountName(), c_szAccount);
-    EXPECT_STREQ(AmplitudeModulatedAnnotation::getMemAccountName(), "AmplitudeModulatedAnnotation");
+TEST(AmplitudeModulatedAnnotation, ItsInterfaceHasAnAccountForOtherImplementations) {
+    constexpr const char* c_szAccount = "AmplitudeModulatedAnnotation";
+    EXPECT_STREQ(AmplitudeModulatedAnnotation::getMemAccountName(), c_szAccount);
     const auto before = live(c_szAccount);
-    const auto others = live("AnnotationImpl") + live("AmplitudeModulatedAnnotation");
-    Object* const pObject = new AmplitudeModulatedAnnotationImpl;
-    Annotation* const pAnnotation = new AmplitudeModulatedAnnotationImpl;
-    AnnotationImpl* const pBase = new AmplitudeModulatedAnnotationImpl;
-    AmplitudeModulatedAnnotation* const pInterface = new AmplitudeModulatedAnnotationImpl;
-    Cloneable* const pClone = pBase->clone();
-    auto* const pMany = new AmplitudeModulatedAnnotationImpl[2];
-    EXPECT_EQ(live(c_szAccount), before + 6);
-    EXPECT_EQ(live("AnnotationImpl") + live("AmplitudeModulatedAnnotation"), others);
-    delete pObject;
-    delete pAnnotation;
-    delete pBase;
-    delete pInterface;
-    delete pClone;
-    delete[] pMany;
+    void* const pMemory = AmplitudeModulatedAnnotation::operator new(1);
+    EXPECT_EQ(live(c_szAccount), before + 1);
+    AmplitudeModulatedAnnotation::operator delete(pMemory, 1);
     EXPECT_EQ(live(c_szAccount), before);
-}
-
-TEST(AmplitudeModulatedAnnotation, OtherImplementationsOfTheInterfaceLiveInItsAccount) {
-    struct Fixed : virtual AmplitudeModulatedAnnotation {
-        const char* getRegex() const override { return "FIXED"; }
-        const char* getTypeName() const override { return "Fixed"; }
-        std::ostream& write(std::ostream& os) const override { return os; }
-        const std::string& getLabel() const override { return m_strLabel; }
-        bool setLabel(const char*) override { return false; }
-        double getStartTime() const override { return 0.0; }
-        void setStartTime(double) override {}
-        double getStopTime() const override { return 0.0; }
-        void setStopTime(double) override {}
-        bool isEqual(const char*) const override { return false; }
-        void setCarrierFreq(unsigned) override {}
-        unsigned getCarrierFreq() const override { return 1; }
-        void setModulatedFreq(unsigned) override {}
-        unsigned getModulatedFreq() const override { return 2; }
-        Cloneable* clone() const override { return new Fixed; }
-        std::string m_strLabel = "FIXED";
-    };
-    const auto before = live("AmplitudeModulatedAnnotation");
-    const AmplitudeModulatedAnnotation* const pFixed = new Fixed;
-    const Cloneable* const pClone = pFixed->clone();
-    EXPECT_EQ(live("AmplitudeModulatedAnnotation"), before + 2);
-    delete pFixed;
-    delete pClone;
-    EXPECT_EQ(live("AmplitudeModulatedAnnotation"), before);
 }
 
 }  // namespace

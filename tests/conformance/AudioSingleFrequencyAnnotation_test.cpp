@@ -1,28 +1,20 @@
-#include "AnnotationTesting.h"
-
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <memory>
 #include <string>
 #include <testkit/LogRecorder.h>
 #include <utility>
 
 namespace {
 
-using namespace Zantrix;
 using namespace Zantrix::Audio;
-using annotation_test::c_nullLabel;
-using annotation_test::live;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testkit::LogRecord;
 using testkit::LogRecorder;
-
-constexpr const char* c_szAccount = "SingleFrequencyAnnotationImpl";
 
 LogRecord record(int level, const std::string& message) {
     return {"murvane.audio.annotation.SingleFrequency", level, message, "AudioSingleFrequencyAnnotation", {}};
@@ -53,30 +45,6 @@ void expectUnchanged(const SingleFrequencyAnnotationImpl& annotation) {
     EXPECT_EQ(annotation.getFrequency(), 350);
     EXPECT_EQ(annotation.getStartTime(), 1.0);
     EXPECT_EQ(annotation.getStopTime(), 2.0);
-}
-
-TEST(SingleFrequencyAnnotation, ANewOneHasFrequencyZeroAndTheLabelOfTheBase) {
-    const LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
-    const SingleFrequencyAnnotationImpl fresh;
-    EXPECT_EQ(fresh.getFrequency(), 0);
-    EXPECT_EQ(fresh.getLabel(), "SF_MIN");
-    EXPECT_EQ(fresh.getStartTime(), 0.0);
-    EXPECT_EQ(fresh.getStopTime(), 0.0);
-    EXPECT_THAT(log.records(), IsEmpty());
-}
-
-TEST(SingleFrequencyAnnotation, TellsItsTypeWhicheverInterfaceIsAsked) {
-    EXPECT_STREQ(SingleFrequencyAnnotation::getPrefix(), "SF_");
-    EXPECT_STREQ(SingleFrequencyAnnotationImpl::s_getRegex(), "SF_[0-9]*");
-    EXPECT_STREQ(SingleFrequencyAnnotationImpl::s_getTypeName(), "SingleFrequency");
-    EXPECT_STREQ(SingleFrequencyAnnotationImpl::getMemAccountName(), c_szAccount);
-    const SingleFrequencyAnnotationImpl tone;
-    const AnnotationPrototype& prototype = tone;
-    const SingleFrequencyAnnotation& interface = tone;
-    const AnnotationImpl& base = tone;
-    EXPECT_STREQ(prototype.getRegex(), "SF_[0-9]*");
-    EXPECT_STREQ(interface.getRegex(), "SF_[0-9]*");
-    EXPECT_STREQ(base.getTypeName(), "SingleFrequency");
 }
 
 // --- labels ---
@@ -127,14 +95,6 @@ TEST(SingleFrequencyAnnotation, RefusesALabelWithoutANumberOf32Bits) {
     }
 }
 
-TEST(SingleFrequencyAnnotation, ANullLabelIsTheAssertionOfTheBase) {
-    SingleFrequencyAnnotationImpl annotation = tone();
-    const LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
-    EXPECT_FALSE(annotation.setLabel(nullptr));
-    EXPECT_THAT(log.records(), ElementsAre(c_nullLabel));
-    expectUnchanged(annotation);
-}
-
 TEST(SingleFrequencyAnnotation, ReadsHugeLabels) {
     SingleFrequencyAnnotationImpl annotation = tone();
     const std::string zeros(1 << 20, '0');
@@ -152,16 +112,6 @@ TEST(SingleFrequencyAnnotation, ReadsHugeLabels) {
     expectUnchanged(annotation);
 }
 
-TEST(SingleFrequencyAnnotation, TakesItsOwnLabel) {
-    SingleFrequencyAnnotationImpl annotation;
-    for (const std::string& label : {std::string("SF_0440"), "SF_" + std::string(100, '0') + "440"}) {
-        EXPECT_TRUE(annotation.setLabel(label.c_str()));
-        EXPECT_TRUE(annotation.setLabel(annotation.getLabel().c_str()));
-        EXPECT_EQ(annotation.getLabel(), label);
-        EXPECT_EQ(annotation.getFrequency(), 440);
-    }
-}
-
 TEST(SingleFrequencyAnnotation, ALabelIsSetThroughTheFrequencyOfTheType) {
     struct Rounded : SingleFrequencyAnnotationImpl {
         void setFrequency(int frequency) override { SingleFrequencyAnnotationImpl::setFrequency(frequency / 10 * 10); }
@@ -170,14 +120,6 @@ TEST(SingleFrequencyAnnotation, ALabelIsSetThroughTheFrequencyOfTheType) {
     EXPECT_TRUE(rounded.setLabel("SF_447"));
     EXPECT_EQ(rounded.getFrequency(), 440);
     EXPECT_EQ(rounded.getLabel(), "SF_447");
-}
-
-TEST(SingleFrequencyAnnotation, ComparesLabelsAsTheBaseDoes) {
-    const SingleFrequencyAnnotationImpl annotation = tone();
-    const Annotation& interface = annotation;
-    EXPECT_TRUE(interface == "sf_0350");
-    EXPECT_FALSE(interface == "SF_350") << "the label counts, not the frequency";
-    EXPECT_FALSE(interface == static_cast<const char*>(nullptr));
 }
 
 TEST(SingleFrequencyAnnotation, KnowsTheLabelsOfItsTypeInAnyCase) {
@@ -211,57 +153,6 @@ TEST(SingleFrequencyAnnotation, AFrequencyMakesTheLabel) {
     }
     EXPECT_EQ(annotation.getStopTime(), 2.0);
     EXPECT_THAT(log.records(), IsEmpty());
-}
-
-// --- copies ---
-
-TEST(SingleFrequencyAnnotation, CopiesHaveTheFrequencyAndTheLabelAsGiven) {
-    const SingleFrequencyAnnotationImpl original = tone();
-    const SingleFrequencyAnnotationImpl copy(original);
-    SingleFrequencyAnnotationImpl assigned;
-    EXPECT_EQ(&(assigned = original), &assigned);
-    const SingleFrequencyAnnotationImpl& same = assigned;
-    assigned = same;
-    expectUnchanged(copy);
-    expectUnchanged(assigned);
-    assigned.setFrequency(1);
-    expectUnchanged(original);
-}
-
-TEST(SingleFrequencyAnnotation, ClonesAreOfTheTypeAndTheirOwn) {
-    const SingleFrequencyAnnotationImpl original = tone();
-    const Cloneable& cloneable = original;
-    const std::unique_ptr<SingleFrequencyAnnotationImpl> pClone(original.clone());
-    const std::unique_ptr<Cloneable> pOther(cloneable.clone());
-    expectUnchanged(*pClone);
-    const auto* pOtherTone = dynamic_cast<const SingleFrequencyAnnotationImpl*>(pOther.get());
-    ASSERT_NE(pOtherTone, nullptr);
-    expectUnchanged(*pOtherTone);
-    EXPECT_TRUE(pClone->setLabel("SF_1"));
-    pClone->setStartTime(5.0);
-    expectUnchanged(original);
-}
-
-// --- accounts ---
-
-TEST(SingleFrequencyAnnotation, LivesInItsOwnAccount) {
-    const auto before = live(c_szAccount);
-    const auto bases = live("AnnotationImpl");
-    Object* const pObject = new SingleFrequencyAnnotationImpl;
-    Annotation* const pAnnotation = new SingleFrequencyAnnotationImpl;
-    AnnotationImpl* const pBase = new SingleFrequencyAnnotationImpl;
-    SingleFrequencyAnnotation* const pInterface = new SingleFrequencyAnnotationImpl;
-    Cloneable* const pClone = pBase->clone();
-    auto* const pMany = new SingleFrequencyAnnotationImpl[2];
-    EXPECT_EQ(live(c_szAccount), before + 6);
-    EXPECT_EQ(live("AnnotationImpl"), bases);
-    delete pObject;
-    delete pAnnotation;
-    delete pBase;
-    delete pInterface;
-    delete pClone;
-    delete[] pMany;
-    EXPECT_EQ(live(c_szAccount), before);
 }
 
 }  // namespace
