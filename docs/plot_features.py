@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Draws what every feature gives for the sample call, and the call itself, as SVG files.
 
-    plot_features.py --command murvane-audio --call sample-call.wav --phases sample-call.csv --output docs/images
+    plot_features.py --command murvane-audio --unnamed unnamed_features --call sample-call.wav --phases sample-call.csv
+                     --output docs/images
 
-The values come from the command. The same values give the same bytes: numbers are rounded, and the images within the
+The values come from the command, those of features that it cannot name from the example `unnamed_features`. The same values give the same bytes: numbers are rounded, and the images within the
 SVG files are stored without compression, so that no version of a compressor has a say.
 """
 
@@ -22,6 +23,7 @@ PLOT_WIDTH = WIDTH - LEFT - RIGHT
 COLUMNS = 300  # of heat maps
 BLUE, ORANGE, GREEN, GREY = "#1f5fa8", "#c8641b", "#2d8a57", "#a9adb3"
 AREA_COLOURS = ["#1f4e8c", "#5b93c7", "#a9cbe3", "#e6e9ec"]
+BIN_COLOURS = ["#e6e9ec", "#cbdceb", "#a9cbe3", "#82b0d5", "#5b93c7", "#3d71aa", "#1f4e8c", ORANGE]
 PHASE_COLOURS = {
     "dial tone": "#6f9fd8", "digits": "#e3a33b", "ringback": "#62b487", "speech": "#b08bd0", "busy": "#dd7b72"
 }  # fmt: skip
@@ -78,21 +80,21 @@ def heat(
     return draw
 
 
-def areas(feature, labels):
-    """Shares that sum to 1, one upon the other."""
+def areas(feature, labels, colours=AREA_COLOURS, top=1.0):
+    """Shares or counts that sum to top, one upon the other."""
 
     def draw(call):
         table = call.compute(feature)
-        scale = Scale(0.0, 1.0, 150, "")
+        scale = Scale(0.0, top, 150, "")
         columns = [means([row[index] for row in table], COLUMNS) for index in range(len(labels))]
         below, parts = [0.0] * COLUMNS, []
-        for colour, column in zip(AREA_COLOURS, columns):
+        for colour, column in zip(colours, columns):
             above = [a + b for a, b in zip(below, column)]
             edge = [(at(i, COLUMNS), scale.y(value)) for i, value in enumerate(above)]
             back = [(at(i, COLUMNS), scale.y(value)) for i, value in enumerate(below)]
             parts.append(path(edge + back[::-1], f'fill="{colour}"'))
             below = above
-        return parts, scale, list(zip(AREA_COLOURS, labels))[::-1]
+        return parts, scale, list(zip(colours, labels))[::-1]
 
     return draw
 
@@ -157,6 +159,7 @@ def one(feature, **scale):
 
 
 SHARES = ["above 1/5", "above 1/10", "above 1/50", "the rest"]
+BIN_LABELS = [f"to {step * 0.05 / 8:.3f}" for step in range(1, 8)] + ["above"]
 PLOTS = {
     "AMPLITUDE": envelope("AMPLITUDE"),
     "MEAN": one("MEAN", bottom=-0.02, top=0.02),
@@ -200,6 +203,10 @@ PLOTS = {
     "NEIGHBOURHOODOFMAX": lines(
         ("NEIGHBOURHOODOFMAX_SPECTRUM", (GREEN, "below"), (BLUE, "maximum"), (ORANGE, "above")), top=1.0
     ),
+    "CLIPPINGRATE": one("CLIPPINGRATE(100)", top=0.8),
+    "ENERGYHISTOGRAM": areas("ENERGYHISTOGRAM(50,8)", BIN_LABELS, BIN_COLOURS, top=256),
+    "MEANENERGYABOVETHRESH": one("MEANENERGYABOVETHRESH(10)", top=0.06),
+    "MEANMAX": lines(("MEANMAX(64,2)", (BLUE, "mean"), (ORANGE, "smallest"))),
     "DELTATOSLIDINGMEAN": one("DELTATOSLIDINGMEAN_FLATNESS_SPECTRUM", bottom=-0.6, top=0.6),
 }
 CALL_PICTURE = heat("SPECTRUM", (-90, -15), rows=128, height=220, level=True)
@@ -209,8 +216,11 @@ CALL_PICTURE = heat("SPECTRUM", (-90, -15), rows=128, height=220, level=True)
 
 
 class Call:
-    def __init__(self, command, recording, phases):
+    def __init__(self, command, unnamed, recording, phases):
         self.command, self.recording = command, recording
+        header, *rows = table([unnamed, recording])
+        names = [title.partition("[")[0] for title in header]
+        self.unnamed = {name: [[x for x, n in zip(row, names) if n == name] for row in rows] for name in names}
         with open(phases, newline="", encoding="utf-8") as file:
             rows = [(row["phase"], float(row["start"]), float(row["stop"])) for row in csv.DictReader(file)]
         self.duration = rows[-1][2]
@@ -222,10 +232,10 @@ class Call:
 
     def compute(self, feature):
         """The values of every window, of a feature's name or of a formula."""
+        if feature in self.unnamed:
+            return self.unnamed[feature]
         option = "--expr" if "(x)" in feature else "--feature"
-        call = [self.command, "features", self.recording, option, feature]
-        text = subprocess.run(call, check=True, stdout=subprocess.PIPE, encoding="utf-8").stdout
-        return [[float(value) for value in row[2:]] for row in list(csv.reader(text.splitlines()))[1:]]
+        return table([self.command, "features", self.recording, option, feature])[1:]
 
     def captions(self):
         """The phases, those of one name with less than a second between them as one."""
@@ -235,6 +245,13 @@ class Call:
                 start = result.pop()[1]
             result.append((name, start, stop))
         return result
+
+
+def table(call):
+    """The columns' titles that a program prints, and rows of values, both without file and time."""
+    text = subprocess.run(call, check=True, stdout=subprocess.PIPE, encoding="utf-8").stdout
+    header, *rows = csv.reader(text.splitlines())
+    return [header[2:]] + [[float(value) for value in row[2:]] for row in rows]
 
 
 class Scale:
@@ -355,10 +372,10 @@ def picture(call, draw, title):
 
 def main():
     parser = argparse.ArgumentParser(description="Draws the features of the sample call.")
-    for option in ("command", "call", "phases", "output"):
+    for option in ("command", "unnamed", "call", "phases", "output"):
         parser.add_argument("--" + option, required=True)
     arguments = parser.parse_args()
-    call = Call(arguments.command, arguments.call, arguments.phases)
+    call = Call(arguments.command, arguments.unnamed, arguments.call, arguments.phases)
     os.makedirs(os.path.join(arguments.output, "features"), exist_ok=True)
     pictures = {f"features/{name.lower()}.svg": (draw, f"{name} of the sample call") for name, draw in PLOTS.items()}
     pictures["sample-call.svg"] = (CALL_PICTURE, "The sample call: spectrum over time, and its phases")

@@ -2,7 +2,8 @@
 
 #include "Command.h"
 
-#include <cctype>
+#include <murvane/core/Text.h>
+
 #include <set>
 
 namespace Zantrix::Cli {
@@ -17,10 +18,10 @@ constexpr const char* c_takenNames[] = {"file", "time"};
 // Where the "=" stands behind the identifier that a text begins with; npos when it does not begin like this.
 std::size_t findAssignment(const std::string& text) {
     std::size_t end = 0;
-    while (end < text.size() && (std::isalnum(static_cast<unsigned char>(text[end])) != 0 || text[end] == '_')) {
+    while (end < text.size() && (Text::isLetter(text[end]) || Text::isDigit(text[end]) || text[end] == '_')) {
         ++end;
     }
-    if (end == 0 || std::isdigit(static_cast<unsigned char>(text.front())) != 0) {
+    if (end == 0 || Text::isDigit(text.front())) {
         return std::string::npos;
     }
     const std::size_t next = text.find_first_not_of(c_szBlanks, end);

@@ -20,23 +20,22 @@ constexpr std::uint64_t c_uiHighestRate = 768000;
 constexpr std::uint64_t c_uiWindowsPerRead = 16;
 constexpr std::uint64_t c_uiMaxSamplesPerRead = std::uint64_t(1) << 20;
 
-std::uint64_t samplesOf(std::uint64_t rate, std::uint64_t milliseconds) {
-    return rate * milliseconds / 1000;
-}
-
 std::uint64_t windowSamples(const Audio::LinearAudioWindower::Config& config) {
-    return std::max<std::uint64_t>(1, samplesOf(config.m_uiSampleRate, config.m_uiWindowSizeMs));
+    return config.getWindowSizeInSamples();
 }
 
 // How many windows there are in so many samples.
 std::uint64_t windowsIn(const Audio::LinearAudioWindower::Config& config, std::uint64_t samples) {
-    const std::uint64_t window = windowSamples(config);
-    const std::uint64_t hop = window - samplesOf(config.m_uiSampleRate, config.m_uiWindowOverlapMs);
+    const std::uint64_t window = config.getWindowSizeInSamples();
+    const std::uint64_t hop = window - config.getWindowOverlapInSamples();
     return samples < window ? 0 : (samples - window) / hop + 1;
 }
 
 std::size_t framesPerRead(std::uint64_t rate, std::uint64_t milliseconds) {
-    const std::uint64_t window = std::max<std::uint64_t>(1, samplesOf(rate, milliseconds));
+    Audio::LinearAudioWindower::Config config;
+    config.m_uiSampleRate = rate;
+    config.m_uiWindowSizeMs = milliseconds;
+    const std::uint64_t window = config.getWindowSizeInSamples();
     return static_cast<std::size_t>(window *
                                     std::clamp<std::uint64_t>(c_uiMaxSamplesPerRead / window, 1, c_uiWindowsPerRead));
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 // What the tests of annotated files share.
+#include "AnnotationTesting.h"
+
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
 
 #include <gmock/gmock.h>
@@ -13,6 +15,7 @@
 
 namespace annotated_file_test {
 
+using annotation_test::record;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testkit::failedAssertion;
@@ -27,10 +30,6 @@ inline constexpr int c_iDebug = 10000;
 inline constexpr int c_iInfo = 20000;
 inline constexpr int c_iWarn = 30000;
 inline constexpr int c_iError = 40000;
-
-inline LogRecord record(int level, const std::string& message) {
-    return {"murvane.audio.annotation", level, message, "AudioAnnotation", {}};
-}
 
 inline const LogRecord c_notContiguous =
     record(c_iWarn,

@@ -23,6 +23,27 @@ TEST(LinearAudioWindower, BeginsWithTheDefaultConfiguration) {
     EXPECT_EQ(windower.getTotalPushedAudioTime(), 0.0);
 }
 
+TEST(LinearAudioWindower, ItsConfigurationTellsTheLengthsInSamples) {
+    struct Case {
+        std::uint64_t rate;
+        std::uint64_t sizeMs;
+        std::uint64_t overlapMs;
+        std::uint64_t size;
+        std::uint64_t overlap;
+    };
+    constexpr std::uint64_t half = std::uint64_t{1} << 63;
+    for (const Case& c :
+         {Case{8000, 16, 6, 128, 48}, Case{11025, 16, 6, 176, 66}, Case{8000, 0, 0, 1, 0}, Case{0, 16, 16, 1, 0},
+          Case{999, 1, 1, 1, 0}, Case{8001, 16, 16, 128, 128}, Case{half, 3, 2, half / 1000, 0}}) {
+        Config config;
+        config.m_uiSampleRate = c.rate;
+        config.m_uiWindowSizeMs = c.sizeMs;
+        config.m_uiWindowOverlapMs = c.overlapMs;
+        EXPECT_EQ(config.getWindowSizeInSamples(), c.size) << c.rate << ' ' << c.sizeMs;
+        EXPECT_EQ(config.getWindowOverlapInSamples(), c.overlap) << c.rate << ' ' << c.overlapMs;
+    }
+}
+
 TEST(LinearAudioWindower, PopsNothingBeforeItIsConfigured) {
     LinearAudioWindower windower;
     push(windower, ramp(1000));

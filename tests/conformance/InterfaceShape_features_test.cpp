@@ -1,3 +1,5 @@
+#include "ClassTrees.h"
+
 #include <murvane/audio.h>
 #include <murvane/math/BasicFeatures.h>
 #include <murvane/math/RangeFeature.h>
@@ -10,6 +12,7 @@
 
 using namespace Zantrix;
 using namespace Zantrix::Audio;
+using namespace class_trees;
 using Math::SignalFeature;
 using Math::SignalFeatureWithMemory;
 using Math::SignalFeatureWithParameters;
@@ -17,29 +20,6 @@ using Math::Xpr::FunctionAdaptor;
 using Math::Xpr::SignalFeatureFunctionAdaptorImpl;
 
 namespace {
-
-/// D has exactly one B, and it can be reached.
-template <class D, class B>
-constexpr bool hasOne = std::is_base_of_v<B, D>&& std::is_convertible_v<D*, B*>;
-
-template <class D, class B>
-constexpr bool hasNo = !std::is_base_of_v<B, D>;
-
-/// D has exactly one B, by virtual inheritance somewhere on the way: no cast leads back from such a base.
-template <class D, class B>
-constexpr bool hasOneVirtual = hasOne<D, B> && !requires(B * base) {
-    static_cast<D*>(base);
-};
-
-/// D has exactly one B and every step on the way to it is ordinary inheritance.
-template <class D, class B>
-constexpr bool hasOneOrdinary = hasOne<D, B>&& requires(B* base) {
-    static_cast<D*>(base);
-};
-
-/// What every interface is: the bases shared, and no state.
-template <class I>
-constexpr bool isInterface = std::is_abstract_v<I>&& hasOneVirtual<I, Object> && sizeof(I) <= 2 * sizeof(void*);
 
 template <class F>
 constexpr bool isFeature = hasOneVirtual<F, SignalFeature>&& hasOneVirtual<F, Cloneable>&& hasOneVirtual<F, Object>&&

@@ -1,4 +1,6 @@
 // The class trees that programs and their virtual tables rely on, as checks of the compiler.
+#include "ClassTrees.h"
+
 #include <murvane/audio/input/AudioFileReader.h>
 #include <murvane/audio/input/AudioLinearWindower.h>
 #include <murvane/audio/input/AudioSignalWindow.h>
@@ -10,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstring>
 #include <ostream>
 #include <type_traits>
 #include <vector>
@@ -19,36 +20,15 @@ namespace {
 
 using namespace Zantrix;
 using namespace Zantrix::Audio;
+using namespace class_trees;
 using Zantrix::Math::DoubleVector;
-
-/// A public base, once.
-template <typename Derived, typename Base>
-concept DerivesFrom = std::is_base_of_v<Base, Derived> && std::is_convertible_v<Derived*, Base*>;
-
-/// A base from which no static_cast leads back: a virtual one.
-template <typename Derived, typename Base>
-concept DerivesVirtuallyFrom = DerivesFrom<Derived, Base> && !requires(Base * base) {
-    static_cast<Derived*>(base);
-};
-
-template <typename T>
-concept Copies = std::is_copy_constructible_v<T> && std::is_copy_assignable_v<T>;
-
-/// Where a virtual operation stands in its table, in entries. Only differences within one table mean something.
-template <typename Operation>
-std::ptrdiff_t slotOf(Operation operation) {
-    std::ptrdiff_t offset = 0;
-    static_assert(sizeof(operation) >= sizeof(offset));
-    std::memcpy(&offset, &operation, sizeof(offset));
-    return offset / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
 
 // --- roots ---
 
 static_assert(std::has_virtual_destructor_v<Object>);
-static_assert(DerivesVirtuallyFrom<Cloneable, Object> && std::is_abstract_v<Cloneable>);
-static_assert(DerivesVirtuallyFrom<Resettable, Object> && std::is_abstract_v<Resettable>);
-static_assert(DerivesVirtuallyFrom<OutputStreamable, Object> && std::is_abstract_v<OutputStreamable>);
+static_assert(hasOneVirtual<Cloneable, Object> && std::is_abstract_v<Cloneable>);
+static_assert(hasOneVirtual<Resettable, Object> && std::is_abstract_v<Resettable>);
+static_assert(hasOneVirtual<OutputStreamable, Object> && std::is_abstract_v<OutputStreamable>);
 static_assert(std::is_same_v<decltype(&Cloneable::clone), Cloneable* (Cloneable::*)() const>);
 static_assert(std::is_same_v<decltype(&Resettable::reset), bool (Resettable::*)()>);
 static_assert(
@@ -56,10 +36,10 @@ static_assert(
 
 // --- input: sinks and time sources ---
 
-static_assert(DerivesVirtuallyFrom<TimeSource, Object> && std::is_abstract_v<TimeSource>);
-static_assert(DerivesFrom<AudioSink, Object> && std::is_abstract_v<AudioSink>);
-static_assert(DerivesFrom<LinearAudioSink, AudioSink> && std::is_abstract_v<LinearAudioSink>);
-static_assert(!DerivesVirtuallyFrom<LinearAudioSink, AudioSink>, "one table for both");
+static_assert(hasOneVirtual<TimeSource, Object> && std::is_abstract_v<TimeSource>);
+static_assert(hasOne<AudioSink, Object> && std::is_abstract_v<AudioSink>);
+static_assert(hasOne<LinearAudioSink, AudioSink> && std::is_abstract_v<LinearAudioSink>);
+static_assert(!hasOneVirtual<LinearAudioSink, AudioSink>, "one table for both");
 static_assert(std::is_same_v<decltype(&TimeSource::getCurrentAudioTime), double (TimeSource::*)() const>);
 static_assert(std::is_same_v<decltype(&LinearAudioSink::pushLinearAudio),
                              bool (LinearAudioSink::*)(const double*, const double*)>);
@@ -74,12 +54,12 @@ TEST(InterfaceShape, LinearSinkFollowsTheGenericOneInItsTable) {
 
 // --- input: windower ---
 
-static_assert(DerivesVirtuallyFrom<LinearAudioWindower, LinearAudioSink>);
-static_assert(DerivesVirtuallyFrom<LinearAudioWindower, TimeSource>);
-static_assert(DerivesVirtuallyFrom<LinearAudioWindower, Resettable>);
-static_assert(DerivesVirtuallyFrom<LinearAudioWindower, Object>);
-static_assert(Copies<LinearAudioWindower> && std::is_default_constructible_v<LinearAudioWindower>);
-static_assert(Copies<LinearAudioWindower::Config> && !std::is_polymorphic_v<LinearAudioWindower::Config>);
+static_assert(hasOneVirtual<LinearAudioWindower, LinearAudioSink>);
+static_assert(hasOneVirtual<LinearAudioWindower, TimeSource>);
+static_assert(hasOneVirtual<LinearAudioWindower, Resettable>);
+static_assert(hasOneVirtual<LinearAudioWindower, Object>);
+static_assert(isCopyable<LinearAudioWindower> && std::is_default_constructible_v<LinearAudioWindower>);
+static_assert(isCopyable<LinearAudioWindower::Config> && !std::is_polymorphic_v<LinearAudioWindower::Config>);
 static_assert(std::is_same_v<decltype(&LinearAudioWindower::configure),
                              bool (LinearAudioWindower::*)(const LinearAudioWindower::Config&)>);
 static_assert(std::is_same_v<decltype(&LinearAudioWindower::getConfig),
@@ -99,9 +79,9 @@ TEST(InterfaceShape, WindowerLetsDerivedOnesAnswerTheTotalTime) {
 
 // --- input: file readers ---
 
-static_assert(DerivesVirtuallyFrom<AudioFileReader, TimeSource>);
-static_assert(DerivesVirtuallyFrom<AudioFileReader, Object>);
-static_assert(Copies<AudioFileReader> && std::is_default_constructible_v<AudioFileReader>);
+static_assert(hasOneVirtual<AudioFileReader, TimeSource>);
+static_assert(hasOneVirtual<AudioFileReader, Object>);
+static_assert(isCopyable<AudioFileReader> && std::is_default_constructible_v<AudioFileReader>);
 static_assert(std::is_same_v<decltype(&AudioFileReader::setSourceAudioFile), bool (AudioFileReader::*)(const char*)>);
 static_assert(
     std::is_same_v<decltype(&AudioFileReader::getNextLinearFrames), bool (AudioFileReader::*)(DoubleVector&)>);
@@ -109,10 +89,10 @@ static_assert(std::is_same_v<decltype(&AudioFileReader::getAllLinearFrames), boo
 static_assert(std::is_same_v<decltype(&AudioFileReader::setNbOfFramesToRead), bool (AudioFileReader::*)(std::size_t)>);
 static_assert(std::is_same_v<decltype(&AudioFileReader::getSamplingRate), std::size_t (AudioFileReader::*)() const>);
 
-static_assert(DerivesFrom<WindowedAudioFileReader, AudioFileReader>);
-static_assert(!DerivesVirtuallyFrom<WindowedAudioFileReader, AudioFileReader>);
-static_assert(DerivesVirtuallyFrom<WindowedAudioFileReader, TimeSource>);
-static_assert(Copies<WindowedAudioFileReader> && std::is_default_constructible_v<WindowedAudioFileReader>);
+static_assert(hasOne<WindowedAudioFileReader, AudioFileReader>);
+static_assert(!hasOneVirtual<WindowedAudioFileReader, AudioFileReader>);
+static_assert(hasOneVirtual<WindowedAudioFileReader, TimeSource>);
+static_assert(isCopyable<WindowedAudioFileReader> && std::is_default_constructible_v<WindowedAudioFileReader>);
 static_assert(
     std::is_same_v<decltype(&WindowedAudioFileReader::getNextLinearFrames), bool (AudioFileReader::*)(DoubleVector&)>,
     "inherited, not overridden");
@@ -135,13 +115,13 @@ TEST(InterfaceShape, ReaderKeepsTheOrderOfItsOperations) {
 
 // --- input: signal windows ---
 
-static_assert(DerivesVirtuallyFrom<SignalWindow, Cloneable>);
-static_assert(DerivesVirtuallyFrom<SignalWindow, Object> && std::is_abstract_v<SignalWindow>);
-static_assert(DerivesFrom<SignalWindowImpl, SignalWindow> && !DerivesVirtuallyFrom<SignalWindowImpl, SignalWindow> &&
+static_assert(hasOneVirtual<SignalWindow, Cloneable>);
+static_assert(hasOneVirtual<SignalWindow, Object> && std::is_abstract_v<SignalWindow>);
+static_assert(hasOne<SignalWindowImpl, SignalWindow> && !hasOneVirtual<SignalWindowImpl, SignalWindow> &&
               std::is_abstract_v<SignalWindowImpl>);
-static_assert(DerivesFrom<HannWindow, SignalWindowImpl> && !std::is_abstract_v<HannWindow>);
+static_assert(hasOne<HannWindow, SignalWindowImpl> && !std::is_abstract_v<HannWindow>);
 static_assert(!std::is_constructible_v<SignalWindowImpl, std::size_t>, "for derived shapes only");
-static_assert(std::is_constructible_v<HannWindow, std::size_t> && Copies<HannWindow>);
+static_assert(std::is_constructible_v<HannWindow, std::size_t> && isCopyable<HannWindow>);
 static_assert(
     std::is_same_v<decltype(&SignalWindow::getWeights), const std::vector<double>& (SignalWindow::*)() const>);
 static_assert(std::is_same_v<decltype(&SignalWindow::getWeight), double (SignalWindow::*)(std::size_t) const>);

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Every feature's numbers agree with an independent computation over the sample call: those that have a name as the command
-gives them, those that have none as a program of the library does.
+gives them, those that have none as an example of the library does.
 
     agreement_test.py COMMAND UNNAMED_FEATURES SAMPLE_CALL
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Every feature that the command lists has a section in docs/features.md with a picture, every picture is the one that
-the command's values give now, and programs print what docs/expressions.md shows."""
+"""Every feature that the command lists, or that an example prints, has a section in docs/features.md with a picture, every
+picture is the one that the values of the command and the example give now, and programs print what docs/expressions.md shows."""
 
 import filecmp
 import os
@@ -14,8 +14,19 @@ import unittest
 ROOT = os.environ["MURVANE_SOURCE"]
 COMMAND = os.environ["MURVANE_AUDIO"]
 FORMULAS = os.environ["MURVANE_FORMULAS"]
+UNNAMED = os.environ["MURVANE_UNNAMED_FEATURES"]
 CALL = os.path.join(os.environ["MURVANE_SAMPLE_CALL_FOLDER"], "sample-call")
 DOCS = os.path.join(ROOT, "docs")
+
+# Of the example's columns: their sections and pictures.
+UNNAMED_SECTIONS = {
+    "CLIPPINGRATE": ("CLIPPINGRATE", "clippingrate"),
+    "ENERGYHISTOGRAM": ("ENERGYHISTOGRAM", "energyhistogram"),
+    "MEANENERGYABOVETHRESH": ("Mean energy above a threshold", "meanenergyabovethresh"),
+    "MEANMAX": ("Mean of maxima", "meanmax"),
+    "NONLOGPEAKS_SPECTRUM": ("nonLogPeaks", "nonlogpeaks"),
+    "PONDERATEDPEAKS_SPECTRUM": ("ponderatedPeaks", "ponderatedpeaks"),
+}
 
 
 def listed():
@@ -39,6 +50,16 @@ class FeatureDocs(unittest.TestCase):
         for name in features:
             self.assertTrue(name in titles, name)
             self.assertIn(f"(images/features/{name.lower()}.svg)", titles[name], name)
+
+    def test_every_feature_without_a_name_has_a_section_with_its_picture(self):
+        titles, (features, _) = sections(), listed()
+        for column, (title, picture) in UNNAMED_SECTIONS.items():
+            self.assertNotIn(title, features)
+            self.assertTrue(title in titles, title)
+            self.assertIn(f"(images/features/{picture}.svg)", titles[title], column)
+        text = subprocess.run([UNNAMED, CALL + ".wav"], check=True, stdout=subprocess.PIPE, encoding="utf-8").stdout
+        columns = re.findall(r'"(\w+)[^"]*"', text.partition("\n")[0])
+        self.assertEqual(set(columns), set(UNNAMED_SECTIONS))
 
     def test_every_listed_function_is_in_the_table_of_functions(self):
         with open(os.path.join(DOCS, "expressions.md"), encoding="utf-8") as file:
@@ -76,7 +97,7 @@ class FeatureDocs(unittest.TestCase):
     def test_pictures_are_those_that_the_values_give(self):
         with tempfile.TemporaryDirectory() as folder:
             words = [sys.executable, "-B", os.path.join(DOCS, "plot_features.py"), "--command", COMMAND]
-            words += ["--call", CALL + ".wav", "--phases", CALL + ".csv", "--output", folder]
+            words += ["--unnamed", UNNAMED, "--call", CALL + ".wav", "--phases", CALL + ".csv", "--output", folder]
             subprocess.run(words, check=True)
             drawn = sorted(os.listdir(os.path.join(folder, "features")))
             self.assertEqual(drawn, sorted(os.listdir(os.path.join(DOCS, "images", "features"))))

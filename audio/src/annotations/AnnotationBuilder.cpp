@@ -32,6 +32,10 @@ AnnotationBuilder& AnnotationBuilder::getInstance() {
 AnnotationBuilder::AnnotationBuilder() : m_pDefaultPrototype(new AnnotationImpl) {}
 
 bool AnnotationBuilder::registerPrototype(const Annotation& prototype) {
+    if (!Assertion(prototype.getTypeName() != nullptr && prototype.getRegex() != nullptr,
+                   "prototype.getTypeName() && prototype.getRegex()", c_szAnnotationSource, __LINE__)) {
+        return false;
+    }
     const std::string typeName = prototype.getTypeName();
     if (typeName == AnnotationImpl::s_getTypeName()) {
         annotationLogger().log(LogLevel::Debug, c_szAnnotationSource, __LINE__, "AnnotationBuilder automatically use ",
@@ -61,7 +65,8 @@ Annotation* AnnotationBuilder::getNewAnnotation(const char* label) const {
         const Entry* pChosen = nullptr;
         for (const Entry& entry : m_vPrototypes) {
             pExamined = &entry;
-            if (!BoostRegex(entry.second->getRegex()).matches(strLabel)) {
+            // Null in a copied builder, whose prototype cloned itself into something else.
+            if (entry.second.isNull() || !BoostRegex(entry.second->getRegex()).matches(strLabel)) {
                 continue;
             }
             if (pChosen != nullptr) {

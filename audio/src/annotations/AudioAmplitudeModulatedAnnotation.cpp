@@ -2,8 +2,7 @@
 #include "ToneLabel.h"
 
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
-
-#include <sstream>
+#include <murvane/core/Text.h>
 
 namespace Zantrix::Audio {
 
@@ -47,7 +46,7 @@ bool AmplitudeModulatedAnnotationImpl::setLabel(const char* label) {
                      "Amplitude modulated annotation must match the regex: ", c_szRegex);
         return false;
     };
-    std::istringstream rest(label + 3);
+    std::istringstream rest = Text::reader(label + 3);
     unsigned frequency = 0;
     if (!(rest >> frequency)) {
         return refuse("carrier frequency");

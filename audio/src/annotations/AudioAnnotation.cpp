@@ -1,9 +1,9 @@
 #include "AnnotationDiagnostics.h"
 
 #include <murvane/audio/annotations/AudioAnnotation.h>
+#include <murvane/core/Text.h>
 
 #include <ostream>
-#include <strings.h>
 
 namespace Zantrix::Audio {
 
@@ -38,7 +38,7 @@ bool AnnotationImpl::setLabel(const char* in_szLabel) {
 }
 
 bool AnnotationImpl::isEqual(const char* label) const {
-    return label != nullptr && ::strcasecmp(m_strLabel.c_str(), label) == 0;
+    return label != nullptr && Text::equalsIgnoringCase(m_strLabel, label);
 }
 
 const char* AnnotationImpl::s_getRegex() {

@@ -2,8 +2,7 @@
 #include "ToneLabel.h"
 
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
-
-#include <sstream>
+#include <murvane/core/Text.h>
 
 namespace Zantrix::Audio {
 
@@ -38,7 +37,7 @@ bool SingleFrequencyAnnotationImpl::setLabel(const char* label) {
                      "'. Single frequency annotation must match the regex: ", c_szRegex);
         return false;
     }
-    std::istringstream rest(strLabel.substr(3));
+    std::istringstream rest = Text::reader(strLabel.substr(3));
     int frequency = 0;
     if (!(rest >> frequency)) {
         logger().log(LogLevel::Error, c_szSource, __LINE__, "Failed to get frequency from label '", strLabel,
@@ -46,7 +45,8 @@ bool SingleFrequencyAnnotationImpl::setLabel(const char* label) {
         return false;
     }
     setFrequency(frequency);
-    return AnnotationImpl::setLabel(label);
+    // The copy: what was given may have been the label itself, which is another text by now.
+    return AnnotationImpl::setLabel(strLabel.c_str());
 }
 
 bool SingleFrequencyAnnotationImpl::isSFLabel(const char* label) {

@@ -3,8 +3,8 @@
 #include <murvane/audio/features/AudioFeatureFactory.h>
 #include <murvane/core/Assertion.h>
 #include <murvane/core/Logging.h>
+#include <murvane/core/Text.h>
 
-#include <sstream>
 #include <vector>
 
 namespace Zantrix::Audio {
@@ -34,12 +34,9 @@ bool fits(ParameterRule rule, const StringVector& vParams) {
 
 // Reads as far as a stream does: "100x" is 100, and a negative number wraps around.
 bool parse(const StringVector& vParams, std::vector<std::uint64_t>& values) {
-    std::istringstream stream;
     for (const std::string& param : vParams) {
-        stream.clear();
-        stream.str(param);
         std::uint64_t value = 0;
-        if (!(stream >> value)) {
+        if (!(Text::reader(param) >> value)) {
             return false;
         }
         values.push_back(value);

@@ -1,8 +1,7 @@
 #include "FeatureCatalogue.h"
 
 #include <murvane/audio/features/AudioFeatureImpl.h>
-
-#include <strings.h>
+#include <murvane/core/Text.h>
 
 namespace Zantrix::Audio {
 
@@ -13,7 +12,7 @@ const char* AudioFeature::getFeatureTypeString(FeatureType type) {
 
 Fallible<AudioFeature::FeatureType> AudioFeature::parseFeatureType(const char* name) {
     for (const CatalogueEntry& entry : c_featureCatalogue) {
-        if (name != nullptr && entry.parsedName != nullptr && ::strcasecmp(entry.parsedName, name) == 0) {
+        if (name != nullptr && entry.parsedName != nullptr && Text::equalsIgnoringCase(entry.parsedName, name)) {
             return entry.type;
         }
     }

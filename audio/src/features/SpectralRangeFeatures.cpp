@@ -2,13 +2,13 @@
 #include "SpectralRangeArithmetic.h"
 
 #include <murvane/audio/features/SpectralRangeFeatures.h>
+#include <murvane/core/Text.h>
 #include <murvane/infra/ParameterTrie.h>
 
 #include <algorithm>
 #include <charconv>
 #include <exception>
 #include <limits>
-#include <sstream>
 #include <utility>
 
 namespace Zantrix::Audio {
@@ -140,7 +140,7 @@ bool MaxSpectralRangesFeature::configure(const ROConfiguration& config) {
 }
 
 bool MaxSpectralRangesFeature::addListedRanges(const std::string& list) {
-    std::istringstream atoms(list);
+    std::istringstream atoms = Text::reader(list);
     for (std::string strAtom; atoms >> strAtom;) {
         std::uint32_t frequency = 0;
         const char* pEnd = strAtom.data() + strAtom.size();

@@ -21,7 +21,19 @@ const Logger& logger() {
     return logger;
 }
 
+std::uint64_t samplesIn(std::uint64_t milliseconds, std::uint64_t sampleRate) {
+    return milliseconds * sampleRate / 1000;
+}
+
 }  // namespace
+
+std::uint64_t LinearAudioWindower::Config::getWindowSizeInSamples() const {
+    return std::max<std::uint64_t>(samplesIn(m_uiWindowSizeMs, m_uiSampleRate), 1);
+}
+
+std::uint64_t LinearAudioWindower::Config::getWindowOverlapInSamples() const {
+    return samplesIn(m_uiWindowOverlapMs, m_uiSampleRate);
+}
 
 template <class Archive>
 void LinearAudioWindower::Config::serialize(Archive& archive, unsigned int) {
@@ -74,8 +86,8 @@ bool LinearAudioWindower::configure(const Config& config) {
     const TraceScope scope(*this, "LinearAudioWindower::configure", c_szSource, __LINE__);
 
     m_config = config;
-    m_uiWindowSizeInSamples = std::max<std::uint64_t>((m_config.m_uiSampleRate * m_config.m_uiWindowSizeMs) / 1000, 1);
-    m_uiWindowOverlapInSamples = (m_config.m_uiWindowOverlapMs * m_config.m_uiSampleRate) / 1000;
+    m_uiWindowSizeInSamples = m_config.getWindowSizeInSamples();
+    m_uiWindowOverlapInSamples = m_config.getWindowOverlapInSamples();
     if (m_uiWindowOverlapInSamples >= m_uiWindowSizeInSamples) {
         return false;
     }

@@ -1,7 +1,5 @@
 #include <murvane/audio/input/AudioWindowedFileReader.h>
 
-#include <algorithm>
-
 namespace Zantrix::Audio {
 
 namespace {
@@ -29,9 +27,7 @@ bool WindowedAudioFileReader::setChunkReadFactor(std::size_t factor) {
     const TraceScope scope(logger(), "WindowedAudioFileReader::setChunkReadFactor", c_szSource, __LINE__);
 
     m_uiChunkReadFactor = factor;
-    const LinearAudioWindower::Config& config = m_windower.getConfig();
-    const std::uint64_t windowSize = (config.m_uiWindowSizeMs * config.m_uiSampleRate) / 1000;
-    return setNbOfFramesToRead(std::max<std::uint64_t>(1, windowSize) * m_uiChunkReadFactor);
+    return setNbOfFramesToRead(m_windower.getConfig().getWindowSizeInSamples() * m_uiChunkReadFactor);
 }
 
 bool WindowedAudioFileReader::setSourceAudioFile(const char* path) {

@@ -2,6 +2,7 @@
 
 #include <boost/regex.hpp>
 
+#include <locale>
 #include <utility>
 
 namespace Zantrix {
@@ -12,7 +13,19 @@ struct BoostRegex::Impl {
     boost::regex regex;
 };
 
-BoostRegex::BoostRegex(const char* expression, unsigned flags) : m_pImpl(new Impl{boost::regex(expression, flags)}) {}
+namespace {
+
+// Of the program's locale nothing is taken: where "i" and "I" are two letters, names would not match any more.
+boost::regex compiled(const char* expression, unsigned flags) {
+    boost::regex regex;
+    regex.imbue(std::locale::classic());
+    regex.assign(expression, flags);
+    return regex;
+}
+
+}  // namespace
+
+BoostRegex::BoostRegex(const char* expression, unsigned flags) : m_pImpl(new Impl{compiled(expression, flags)}) {}
 
 BoostRegex::~BoostRegex() {
     delete m_pImpl;

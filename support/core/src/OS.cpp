@@ -1,7 +1,7 @@
 #include <murvane/core/OS.h>
+#include <murvane/core/Text.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <system_error>
 
@@ -12,7 +12,7 @@ bool isPathRelative(const std::string& name) {
         return true;
     }
     const bool rooted = name[0] == '/' || name[0] == '\\';
-    const bool onDrive = name.size() > 1 && name[1] == ':' && std::isalpha(static_cast<unsigned char>(name[0])) != 0;
+    const bool onDrive = name.size() > 1 && name[1] == ':' && Text::isLetter(name[0]);
     return !rooted && !onDrive;
 }
 

@@ -1,6 +1,7 @@
 #include <murvane/core/Text.h>
 
 #include <algorithm>
+#include <locale>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -17,6 +18,10 @@ constexpr char lower(char c) {
 
 constexpr char upper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+constexpr bool sameButForCase(char a, char b) {
+    return lower(a) == lower(b);
 }
 
 }  // namespace
@@ -41,8 +46,17 @@ std::string upperCase(std::string_view text) {
     return result;
 }
 
+bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), sameButForCase);
+}
+
+std::istringstream reader(const std::string& text) {
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    return stream;
+}
+
 std::size_t editDistance(std::string_view a, std::string_view b) {
-    const auto same = [](char x, char y) { return lower(x) == lower(y); };
     // last[j]: between the part of a seen so far and the first j characters of b.
     std::vector<std::size_t> beforeLast;
     std::vector<std::size_t> last(b.size() + 1);
@@ -50,9 +64,9 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     for (std::size_t i = 1; i <= a.size(); ++i) {
         std::vector<std::size_t> row(b.size() + 1, i);
         for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t replaced = last[j - 1] + (same(a[i - 1], b[j - 1]) ? 0 : 1);
+            const std::size_t replaced = last[j - 1] + (sameButForCase(a[i - 1], b[j - 1]) ? 0 : 1);
             row[j] = std::min({last[j] + 1, row[j - 1] + 1, replaced});
-            if (i > 1 && j > 1 && same(a[i - 1], b[j - 2]) && same(a[i - 2], b[j - 1])) {
+            if (i > 1 && j > 1 && sameButForCase(a[i - 1], b[j - 2]) && sameButForCase(a[i - 2], b[j - 1])) {
                 row[j] = std::min(row[j], beforeLast[j - 2] + 1);
             }
         }

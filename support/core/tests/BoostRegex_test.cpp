@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <testkit/ForeignLocale.h>
 
 namespace {
 
@@ -24,6 +25,14 @@ TEST(BoostRegex, IgnoresCaseUnlessToldOtherwise) {
     EXPECT_TRUE(BoostRegex("Ring[a-z]*").matches("RINGBACK"));
     EXPECT_FALSE(BoostRegex("Ring", 0).matches("RING"));
     EXPECT_TRUE(BoostRegex("Ring", 0).matches("Ring"));
+}
+
+TEST(BoostRegex, KnowsTheLettersOfAsciiWhateverTheLocale) {
+    const testkit::ForeignLocale locale;
+    EXPECT_TRUE(BoostRegex("BUSY_SIT").matches("busy_sit"));
+    EXPECT_TRUE(BoostRegex("busy_sit").matches("BUSY_SIT"));
+    EXPECT_FALSE(BoostRegex("I").matches("\xfd"));
+    EXPECT_FALSE(BoostRegex("\\s").matches("\xa0"));
 }
 
 TEST(BoostRegex, ReadsPerlSyntax) {

@@ -5,6 +5,7 @@
 
 #include <ostream>
 #include <string>
+#include <testkit/ForeignLocale.h>
 #include <testkit/LogRecorder.h>
 #include <testkit/TraceRecords.h>
 #include <vector>
@@ -53,6 +54,13 @@ TEST(Logger, KnowsTheLevelOfItsCategoryOrOfTheNearestAbove) {
     const LogRecorder own(log4cplus::TRACE_LOG_LEVEL, c_szCategory);
     EXPECT_EQ(logger().getChainedLevel(), log4cplus::TRACE_LOG_LEVEL);
     EXPECT_TRUE(logger().isEnabledFor(LogLevel::Trace));
+}
+
+TEST(Logger, WritesNumbersTheSameInAnyLocale) {
+    const testkit::ForeignLocale locale;
+    const LogRecorder log;
+    logger().log(LogLevel::Warn, "SomeSource", 42, 1234567, " ", 0.5, " ", true);
+    EXPECT_THAT(log.records(), ElementsAre(LogRecord{c_szCategory, log4cplus::WARN_LOG_LEVEL, "1234567 0.5 1"}));
 }
 
 TEST(Logger, SendsARecordWithTheLocationGiven) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <testkit/ForeignLocale.h>
 
 namespace Text = Zantrix::Text;
 
@@ -19,6 +20,42 @@ TEST(Text, CaseIsThatOfAsciiLettersAlone) {
     EXPECT_EQ(Text::upperCase("AZaz@[`{09_"), "AZAZ@[`{09_");
     EXPECT_EQ(Text::upperCase("\xe9\xdd"), "\xe9\xdd");
     EXPECT_EQ(Text::lowerCase(std::string(1, '\0') + 'A'), std::string(1, '\0') + 'a');
+}
+
+TEST(Text, DigitsAndLettersAreThoseOfAscii) {
+    std::string digits;
+    std::string letters;
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        digits += Text::isDigit(c) ? std::string(1, c) : "";
+        letters += Text::isLetter(c) ? std::string(1, c) : "";
+    }
+    EXPECT_EQ(digits, "0123456789");
+    EXPECT_EQ(letters, "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+}
+
+TEST(Text, EqualityIgnoresTheCaseOfAsciiLettersOnly) {
+    EXPECT_TRUE(Text::equalsIgnoringCase("", ""));
+    EXPECT_TRUE(Text::equalsIgnoringCase("am_1X2", "AM_1x2"));
+    EXPECT_FALSE(Text::equalsIgnoringCase("am_1X2", "am_1X"));
+    EXPECT_FALSE(Text::equalsIgnoringCase("am_1X", "am_1X2"));
+    EXPECT_FALSE(Text::equalsIgnoringCase("@[", "`{")) << "32 apart, as letters are";
+    EXPECT_FALSE(Text::equalsIgnoringCase("\xc9", "\xe9"));
+    EXPECT_FALSE(Text::equalsIgnoringCase(std::string("a\0b", 3), std::string("a\0c", 3)));
+}
+
+TEST(Text, ReadersTakeNumbersAndWordsAsInAnyOtherLocale) {
+    const testkit::ForeignLocale locale;
+    std::istringstream stream = Text::reader("1.000 two\xa0words");
+    int number = 0;
+    std::string word;
+    EXPECT_TRUE(stream >> number);
+    EXPECT_EQ(number, 1);
+    EXPECT_TRUE(stream >> word);
+    EXPECT_EQ(word, ".000");
+    EXPECT_TRUE(stream >> word);
+    EXPECT_EQ(word, "two\xa0words");
+    EXPECT_FALSE(stream >> word);
 }
 
 TEST(Text, EditDistanceCountsInsertedRemovedReplacedAndExchangedCharacters) {

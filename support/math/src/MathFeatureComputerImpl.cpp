@@ -11,7 +11,6 @@
 #include <boost/serialization/vector.hpp>
 
 #include <algorithm>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -89,7 +88,7 @@ bool FeatureComputerImpl::configure(const ROConfiguration& config) {
     std::vector<Node> previousNodes = std::exchange(m_vNodes, {});
     std::vector<std::size_t> previousResults = std::exchange(m_vResults, {});
     const bool wasPlanned = std::exchange(m_bPlanned, true);
-    std::istringstream names(list);
+    std::istringstream names = Text::reader(list);
     for (std::string name; names >> name;) {
         if (!addFeature(name.c_str())) {
             logger().log(LogLevel::Error, c_szSource, __LINE__, "Unknown feature ", name, " in parameter ",

@@ -1,3 +1,4 @@
+#include <murvane/core/Text.h>
 #include <murvane/math/BasicFeatures.h>
 #include <murvane/math/MathSignalFeatureFactory.h>
 #include <murvane/math/RangeFeature.h>
@@ -5,7 +6,6 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
-#include <strings.h>
 
 namespace Zantrix::Math {
 
@@ -45,7 +45,7 @@ SignalFeature* MathSignalFeatureFactory::getNewBaseFeature(const char* name) {
         return nullptr;
     }
     for (const Entry& entry : c_entries) {
-        if (::strcasecmp(entry.name, base.c_str()) != 0) {
+        if (!Text::equalsIgnoringCase(entry.name, base)) {
             continue;
         }
         if (params.size() != entry.parameterCount) {

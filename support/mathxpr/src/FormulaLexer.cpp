@@ -1,5 +1,6 @@
 #include "FormulaLexer.h"
 
+#include <murvane/core/Text.h>
 #include <murvane/mathxpr/FormulaError.h>
 
 #include <algorithm>
@@ -10,13 +11,10 @@ namespace Zantrix::Math::Xpr {
 
 namespace {
 
-// Not those of <cctype>: what a formula means must not depend on the locale.
-constexpr bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
+using Text::isDigit;
 
 constexpr bool startsIdentifier(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    return Text::isLetter(c) || c == '_';
 }
 
 constexpr bool continuesIdentifier(char c) {

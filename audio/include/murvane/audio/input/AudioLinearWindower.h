@@ -35,6 +35,13 @@ public:
         std::uint64_t m_uiWindowOverlapMs = 0;  ///< what consecutive windows share, in milliseconds
         bool m_bSuppressDCOffset = false;       ///< subtract the estimated DC offset from each window
 
+        /// The length of a window in samples, m_uiSampleRate * m_uiWindowSizeMs / 1000: the product modulo 2^64, the
+        /// quotient truncated, at least 1.
+        std::uint64_t getWindowSizeInSamples() const;
+
+        /// What consecutive windows share in samples, computed likewise, but for the lower bound.
+        std::uint64_t getWindowOverlapInSamples() const;
+
     private:
         friend class boost::serialization::access;
         template <class Archive>
@@ -53,8 +60,7 @@ public:
 
     ~LinearAudioWindower() override;
 
-    /// Sets the lengths. A window has sampleRate * windowSizeMs / 1000 samples, truncated, and at least one; the
-    /// overlap is truncated likewise. Neither the pending samples nor the times change.
+    /// Sets the lengths to those that the configuration tells. Neither the pending samples nor the times change.
     ///
     /// @return false when the overlap is not shorter than the window, in samples. The lengths are then set all the
     ///         same, and the time advance keeps its previous value.

@@ -6,7 +6,8 @@
 
 namespace Zantrix {
 
-/// A regular expression in Perl syntax that matches whole strings, by default without regard to case.
+/// A regular expression in Perl syntax that matches whole strings, by default without regard to case. Letters are those
+/// of the "C" locale, whatever the program's.
 class MURVANE_API BoostRegex {
 public:
     /// Boost.Regex's `icase`: Perl syntax, letters compared without regard to case.

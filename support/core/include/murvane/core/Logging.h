@@ -3,6 +3,7 @@
 #include <murvane/core/Export.h>
 #include <murvane/core/Object.h>
 
+#include <locale>
 #include <sstream>
 #include <string>
 
@@ -47,10 +48,12 @@ private:
     Impl* m_pImpl;
 };
 
-/// The text that `log` makes of its parts: each as a string stream prints it.
+/// The text that `log` makes of its parts: each as a string stream prints it, whatever the program's locale, since log
+/// filters compare texts.
 template <typename... Parts>
 std::string concatenate(const Parts&... parts) {
     std::ostringstream message;
+    message.imbue(std::locale::classic());
     (message << ... << parts);
     return message.str();
 }

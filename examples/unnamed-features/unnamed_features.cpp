@@ -1,9 +1,15 @@
-/// Prints the features that no name builds, over a recording, as `murvane-audio features` prints the others: so that
-/// the independent computation can check them, too. Windows of 32 ms, every 16 ms.
+/// Prints the features that no name builds, over a recording, as `murvane-audio features` prints the others: made by
+/// their constructors, given windows of 32 ms, every 16 ms, or the spectra of these. docs/features.md draws them from
+/// here, and the independent computation checks them.
 ///
 ///     unnamed_features CALL.wav
+///
+/// Exit status: 0 done, 1 the recording could not be read, 2 wrong usage.
 
 #include <murvane/audio.h>
+
+#include <log4cplus/initializer.h>
+#include <log4cplus/logger.h>
 
 #include <cstdio>
 #include <memory>
@@ -16,7 +22,7 @@ using namespace Zantrix;
 using namespace Zantrix::Audio;
 
 struct Column {
-    const char* name;  // as features_reference.py calls it
+    const char* name;  // and the numbers of its constructor, thresholds in thousandths
     std::unique_ptr<Math::SignalFeature> pFeature;
     bool isOfSpectrum;
     std::size_t valueCount;
@@ -46,12 +52,21 @@ void printHeader(const std::vector<Column>& columns) {
 
 }  // namespace
 
-int main(int, char** argv) {
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "Usage: unnamed_features CALL.wav\n");
+        return 2;
+    }
+    // The library reports its errors to log4cplus as well; here the exit status tells.
+    const log4cplus::Initializer logging;
+    log4cplus::Logger::getRoot().setLogLevel(log4cplus::OFF_LOG_LEVEL);
+
     LinearAudioWindower::Config config;
     config.m_uiWindowSizeMs = 32;
     config.m_uiWindowOverlapMs = 16;
     WindowedAudioFileReader reader;
     if (!reader.configure(config) || !reader.setSourceAudioFile(argv[1])) {
+        std::fprintf(stderr, "cannot read %s\n", argv[1]);
         return 1;
     }
     const std::vector<Column> columns = makeColumns();
