@@ -1,4 +1,7 @@
 // The class trees that programs and their virtual tables rely on, as checks of the compiler.
+#include <murvane/audio/batch/AudioFileEvaluator.h>
+#include <murvane/audio/batch/AudioSetApplicationHelper.h>
+#include <murvane/audio/batch/AudioSetParser.h>
 #include <murvane/audio/input/AudioFileReader.h>
 #include <murvane/audio/input/AudioLinearWindower.h>
 #include <murvane/audio/input/AudioSignalWindow.h>
@@ -42,6 +45,13 @@ std::ptrdiff_t slotOf(Operation operation) {
     std::memcpy(&offset, &operation, sizeof(offset));
     return offset / static_cast<std::ptrdiff_t>(sizeof(void*));
 }
+
+struct FirstOfItsTable {
+    virtual void first() = 0;
+
+protected:
+    ~FirstOfItsTable() = default;
+};
 
 // --- roots ---
 
@@ -152,6 +162,36 @@ TEST(InterfaceShape, SignalWindowKeepsTheOrderOfItsOperations) {
     const std::ptrdiff_t first = slotOf(&SignalWindow::getWeights);
     EXPECT_EQ(slotOf(&SignalWindow::getWeight) - first, 1);
     EXPECT_EQ(slotOf(&SignalWindow::getSize) - first, 2);
+}
+
+// --- batch ---
+
+static_assert(DerivesFrom<AudioFileEvaluator, ObjectWithLogger> && DerivesVirtuallyFrom<AudioFileEvaluator, Object>);
+static_assert(Copies<AudioFileEvaluator> && std::is_default_constructible_v<AudioFileEvaluator>);
+static_assert(
+    std::is_same_v<decltype(&AudioFileEvaluator::configure),
+                   bool (AudioFileEvaluator::*)(unsigned long long, LimitedObjPtr<AudioFileEvaluator::Strategy>,
+                                                const char*, const char*)>);
+static_assert(std::is_same_v<decltype(&AudioFileEvaluator::processFile), bool (AudioFileEvaluator::*)(const char*)>);
+
+static_assert(std::is_abstract_v<AudioFileEvaluator::Strategy> && !DerivesFrom<AudioFileEvaluator::Strategy, Object>);
+static_assert(!std::has_virtual_destructor_v<AudioFileEvaluator::Strategy> &&
+              sizeof(AudioFileEvaluator::Strategy) == sizeof(void*));
+
+static_assert(DerivesVirtuallyFrom<AudioSetParser, Object>);
+static_assert(Copies<AudioSetParser> && std::is_default_constructible_v<AudioSetParser>);
+
+static_assert(DerivesVirtuallyFrom<AudioSetApplicationHelper, Object>);
+static_assert(Copies<AudioSetApplicationHelper> && !std::is_default_constructible_v<AudioSetApplicationHelper>);
+static_assert(!std::is_convertible_v<AudioSetApplicationHelper::Strategy*, AudioSetApplicationHelper>);
+static_assert(std::is_abstract_v<AudioSetApplicationHelper::Strategy> &&
+              std::has_virtual_destructor_v<AudioSetApplicationHelper::Strategy>);
+
+TEST(InterfaceShape, EvaluationStrategyHasItsTwoOperationsAndNothingElseInItsTable) {
+    EXPECT_EQ(slotOf(&AudioFileEvaluator::Strategy::evaluateWindow), slotOf(&FirstOfItsTable::first));
+    EXPECT_EQ(slotOf(&AudioFileEvaluator::Strategy::getProbabilitiesInfo) -
+                  slotOf(&AudioFileEvaluator::Strategy::evaluateWindow),
+              1);
 }
 
 }  // namespace
