@@ -112,25 +112,26 @@ TEST_F(AudioFileEvaluatorFailures, ANullNameIsAnEmptyOne) {
 }
 
 TEST_F(AudioFileEvaluatorFailures, AStereoFileIsRefusedWhenItIsLoaded) {
-    EXPECT_EQ(refusalOf(wav({1, 2, 3, 4}, 2)), (LogRecords{c_notMono, error("Failed to load file: " + m_input)}));
+    EXPECT_EQ(refusalOf(wavOf({1, 2, 3, 4}, 2)), (LogRecords{c_notMono, error("Failed to load file: " + m_input)}));
     EXPECT_THAT(m_asked, IsEmpty());
 }
 
 TEST_F(AudioFileEvaluatorFailures, AnEightBitFileIsRefusedAfterTheStrategySawAllOfIt) {
-    EXPECT_EQ(refusalOf(riff(fmt(1, 8000, 1, 8) + chunk("data", "123456"))),
+    EXPECT_EQ(refusalOf(wav::file(fmt(1, 8000, 1, 8) + wav::chunk("data", "123456"))),
               LogRecords{failed("out_fmt.m_usSignBitsPerSample == 16")});
     EXPECT_THAT(m_asked, ElementsAre(4u, 2u)) << "and the names were not asked for";
 }
 
 TEST_F(AudioFileEvaluatorFailures, WhatIsNotPlainPcmIsRefusedAfterTheStrategySawAllOfIt) {
     const LogRecords notPcm = {failed("out_fmt.m_usCompressionCode == 0x01")};
-    EXPECT_EQ(refusalOf(riff(fmt(1, 8000, 3, 32) + chunk("data", std::string(16, '\0')))), notPcm) << "float";
+    EXPECT_EQ(refusalOf(wav::file(fmt(1, 8000, 3, 32) + wav::chunk("data", std::string(16, '\0')))), notPcm) << "float";
     EXPECT_THAT(m_asked, ElementsAre(4u, 0u));
-    EXPECT_EQ(refusalOf(riff(fmt(1, 8000, 7, 8) + chunk("data", "123456"))), notPcm) << "u-law";
+    EXPECT_EQ(refusalOf(wav::file(fmt(1, 8000, 7, 8) + wav::chunk("data", "123456"))), notPcm) << "u-law";
     EXPECT_THAT(m_asked, ElementsAre(4u, 2u));
-    const std::string guid = number(1, 2) + std::string("\x00\x00\x00\x00\x10\x00\x80\x00\x00\xaa\x00\x38\x9b\x71", 14);
-    const std::string extended = fmt(1, 8000, 0xfffe).substr(8) + number(22, 2) + number(16, 2) + number(4, 4) + guid;
-    EXPECT_EQ(refusalOf(riff(chunk("fmt ", extended) + chunk("data", "123456"))), notPcm) << "extensible";
+    const std::string guid = wav::u16(1) + std::string("\x00\x00\x00\x00\x10\x00\x80\x00\x00\xaa\x00\x38\x9b\x71", 14);
+    const std::string extension = wav::u16(22) + wav::u16(16) + wav::u32(4) + guid;
+    EXPECT_EQ(refusalOf(wav::file(fmt(1, 8000, 0xfffe, 16, extension) + wav::chunk("data", "123456"))), notPcm)
+        << "extensible";
 }
 
 TEST_F(AudioFileEvaluatorFailures, AFileOfAnotherContainerIsRefusedAfterTheStrategySawAllOfIt) {
@@ -141,7 +142,7 @@ TEST_F(AudioFileEvaluatorFailures, AFileOfAnotherContainerIsRefusedAfterTheStrat
 }
 
 TEST_F(AudioFileEvaluatorFailures, AnOddNumberOfBytesFailsTheSizeCheck) {
-    EXPECT_EQ(refusalOf(riff(fmt(1, 8000) + chunk("data", "12345"))), LogRecords{failed(c_szSizeOfData)});
+    EXPECT_EQ(refusalOf(wav::file(fmt(1, 8000) + wav::chunk("data", "12345"))), LogRecords{failed(c_szSizeOfData)});
     EXPECT_THAT(m_asked, ElementsAre(2u, FunctionStrategy::c_namesAsked));
 }
 
@@ -155,7 +156,7 @@ TEST_F(AudioFileEvaluatorFailures, AFileThatGoesAwayMeanwhileIsReported) {
 
 TEST_F(AudioFileEvaluatorFailures, AFileThatChangesMeanwhileIsReported) {
     const auto refusalOfChangeTo = [&](const std::string& bytes) {
-        writeBytes(m_input, wav({1, 2, 3}));
+        writeBytes(m_input, wavOf({1, 2, 3}));
         AudioFileEvaluator evaluator;
         FunctionStrategy strategy([&](const DoubleVector& block, Channels& out) {
             writeBytes(m_input, bytes);
@@ -167,21 +168,22 @@ TEST_F(AudioFileEvaluatorFailures, AFileThatChangesMeanwhileIsReported) {
         EXPECT_THAT(namesIn("out"), IsEmpty());
         return log.take();
     };
-    EXPECT_EQ(refusalOfChangeTo(riff(chunk("data", bytesOf({1, 2, 3})))),
+    EXPECT_EQ(refusalOfChangeTo(wav::file(wav::chunk("data", bytesOf({1, 2, 3})))),
               LogRecords{error("Invalid WAV file : no chunk fmt")});
-    EXPECT_EQ(refusalOfChangeTo(riff(chunk("fmt ", "short") + chunk("data", bytesOf({1, 2, 3})))),
+    EXPECT_EQ(refusalOfChangeTo(wav::file(wav::chunk("fmt ", "short") + wav::chunk("data", bytesOf({1, 2, 3})))),
               LogRecords{error("Invalid WAV file : no chunk fmt")});
-    EXPECT_EQ(refusalOfChangeTo(riff(fmt(1, 8000))), LogRecords{error("Invalid WAV file : no chunk data")});
-    EXPECT_EQ(refusalOfChangeTo(wav({1, 2, 3}, 2)), LogRecords{failed("out_fmt.m_usNbOfChannels == 0x01")});
-    EXPECT_EQ(refusalOfChangeTo(riff(fmt(2, 8000, 3, 8))), LogRecords{failed("out_fmt.m_usNbOfChannels == 0x01")});
-    EXPECT_EQ(refusalOfChangeTo(riff(fmt(1, 8000, 3, 8))), LogRecords{failed("out_fmt.m_usCompressionCode == 0x01")});
-    EXPECT_EQ(refusalOfChangeTo(wav({1, 2, 3, 4})), LogRecords{failed(c_szNbSamples)});
-    EXPECT_EQ(refusalOfChangeTo(wav({})), LogRecords{failed(c_szNbSamples)});
+    EXPECT_EQ(refusalOfChangeTo(wav::file(fmt(1, 8000))), LogRecords{error("Invalid WAV file : no chunk data")});
+    EXPECT_EQ(refusalOfChangeTo(wavOf({1, 2, 3}, 2)), LogRecords{failed("out_fmt.m_usNbOfChannels == 0x01")});
+    EXPECT_EQ(refusalOfChangeTo(wav::file(fmt(2, 8000, 3, 8))), LogRecords{failed("out_fmt.m_usNbOfChannels == 0x01")});
+    EXPECT_EQ(refusalOfChangeTo(wav::file(fmt(1, 8000, 3, 8))),
+              LogRecords{failed("out_fmt.m_usCompressionCode == 0x01")});
+    EXPECT_EQ(refusalOfChangeTo(wavOf({1, 2, 3, 4})), LogRecords{failed(c_szNbSamples)});
+    EXPECT_EQ(refusalOfChangeTo(wavOf({})), LogRecords{failed(c_szNbSamples)});
 }
 
 TEST_F(AudioFileEvaluatorFailures, APipeIsRefusedRatherThanWaitedFor) {
     std::filesystem::remove(m_input);
-    const testkit::Stream pipe(m_input, wav({1, 2, 3}));
+    const testkit::Stream pipe(m_input, wavOf({1, 2, 3}));
     FunctionStrategy strategy = constant(0.0);
     EXPECT_EQ(refusal(strategy), LogRecords{error("Could not open input file : " + m_input)});
     EXPECT_THAT(strategy.m_asked, ElementsAre(3u));
@@ -201,7 +203,7 @@ TEST_F(AudioFileEvaluatorFailures, AChannelOfAnotherLengthThanTheBlockStopsAtOnc
 }
 
 TEST_F(AudioFileEvaluatorFailures, AnotherNumberOfChannelsEndsTheFileWithoutThatBlock) {
-    writeBytes(m_input, wav(Samples(20, 1)));
+    writeBytes(m_input, wavOf(Samples(20, 1)));
     for (const std::size_t second : {0, 1, 3}) {
         FunctionStrategy strategy([&](const DoubleVector& block, Channels& out) {
             out.assign(strategy.m_asked.size() == 1 ? 2 : second, DoubleVector(block.size(), 0.5));
@@ -255,7 +257,7 @@ TEST_F(AudioFileEvaluatorFailures, TheNamesAreAskedForBeforeTheSamplesAreCounted
 }
 
 TEST_F(AudioFileEvaluatorFailures, MoreChannelsThanAWavFileTakesAreRefused) {
-    writeBytes(m_input, wav({1}));
+    writeBytes(m_input, wavOf({1}));
     FunctionStrategy strategy = constants(std::vector<double>(32767, 0.0));
     EXPECT_EQ(refusal(strategy),
               LogRecords{error("Output does not fit a WAV file : 32768 channels of 8000 samples per second")});
@@ -313,7 +315,7 @@ TEST_F(AudioFileEvaluatorFailures, AFullDiskIsReported) {
     AudioFileEvaluator evaluator = evaluatorWith(strategy);
     const std::string output = (std::filesystem::canonical(m_folder / "out") / "call1.prob.wav").string();
     for (const std::size_t samples : {8, 100000}) {
-        writeBytes(m_input, wav(Samples(samples, 1)));
+        writeBytes(m_input, wavOf(Samples(samples, 1)));
         const LogRecorder log(log4cplus::WARN_LOG_LEVEL);
         EXPECT_FALSE(evaluator.processFile(m_input.c_str()));
         EXPECT_EQ(log.records(),

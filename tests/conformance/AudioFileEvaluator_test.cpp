@@ -14,13 +14,13 @@ using testkit::c_dNaN;
 TEST_F(AudioFileEvaluatorTest, WritesTheSamplesWithTheChannelsBesideThem) {
     FunctionStrategy strategy = constants({1.0, 0.5});
     EXPECT_EQ(evaluated(strategy),
-              wav({1, 32767, 16383, -2,    32767, 16383, 3,      32767, 16383, -4, 32767, 16383,  //
-                   5, 32767, 16383, 32767, 32767, 16383, -32768, 32767, 16383, 0,  32767, 16383},
-                  3));
+              wavOf({1, 32767, 16383, -2,    32767, 16383, 3,      32767, 16383, -4, 32767, 16383,  //
+                     5, 32767, 16383, 32767, 32767, 16383, -32768, 32767, 16383, 0,  32767, 16383},
+                    3));
 }
 
 TEST_F(AudioFileEvaluatorTest, KeepsEveryValueWithItsSample) {
-    writeBytes(m_input, wav({0, 8192, 16384, -16384, -32768, 4, 8}));
+    writeBytes(m_input, wavOf({0, 8192, 16384, -16384, -32768, 4, 8}));
     FunctionStrategy strategy([](const DoubleVector& block, Channels& out) {
         out.assign(2, DoubleVector());
         for (const double sample : block) {
@@ -29,9 +29,9 @@ TEST_F(AudioFileEvaluatorTest, KeepsEveryValueWithItsSample) {
         }
     });
     EXPECT_EQ(evaluated(strategy, 3),
-              wav({0,     0,      0,      8192,  8191, -8191, 16384, 16383, -16383, -16384, -16383,
-                   16383, -32768, -32767, 32767, 4,    3,     -3,    8,     7,      -7},
-                  3));
+              wavOf({0,     0,      0,      8192,  8191, -8191, 16384, 16383, -16383, -16384, -16383,
+                     16383, -32768, -32767, 32767, 4,    3,     -3,    8,     7,      -7},
+                    3));
 }
 
 TEST_F(AudioFileEvaluatorTest, ScalesClampsAndTruncates) {
@@ -64,29 +64,30 @@ TEST_F(AudioFileEvaluatorTest, ScalesClampsAndTruncates) {
         expected.push_back(7);
         expected.push_back(number);
     }
-    writeBytes(m_input, wav(Samples(stored.size(), 7)));
+    writeBytes(m_input, wavOf(Samples(stored.size(), 7)));
     FunctionStrategy strategy([&](const DoubleVector& block, Channels& out) {
         out.push_back(values);
         out.back().resize(block.size());
     });
-    EXPECT_EQ(evaluated(strategy, values.size()), wav(expected, 2));
+    EXPECT_EQ(evaluated(strategy, values.size()), wavOf(expected, 2));
 }
 
 TEST_F(AudioFileEvaluatorTest, KeepsTheRateAndTellsTheNewSizes) {
-    writeBytes(m_input, wav({1, 2}, 1, 44100));
+    writeBytes(m_input, wavOf({1, 2}, 1, 44100));
     FunctionStrategy strategy = constants({0.0, 0.0, 0.0});
-    EXPECT_EQ(evaluated(strategy), wav({1, 0, 0, 0, 2, 0, 0, 0}, 4, 44100));
+    EXPECT_EQ(evaluated(strategy), wavOf({1, 0, 0, 0, 2, 0, 0, 0}, 4, 44100));
 }
 
 TEST_F(AudioFileEvaluatorTest, CarriesAllOtherChunksOver) {
-    const std::string longer = chunk("fmt ", fmt(1, 8000).substr(8) + number(0, 2));
-    const std::string wider = chunk("fmt ", fmt(2, 8000).substr(8) + number(0, 2));
-    const std::string before = chunk("abcd", "odd");
-    const std::string after = chunk("cue ", number(1, 4) + number(1, 4) + number(0, 4) + "data" + number(0, 12)) +
-                              chunk("LIST", "adtl" + chunk("labl", number(1, 4) + std::string("tone", 5)));
-    writeBytes(m_input, riff(longer + before + chunk("data", bytesOf({1, 2})) + after));
+    const std::string longer = fmt(1, 8000, 1, 16, wav::u16(0));
+    const std::string wider = fmt(2, 8000, 1, 16, wav::u16(0));
+    const std::string before = wav::chunk("abcd", "odd");
+    const std::string after = wav::chunk("cue ", wav::u32(1) + wav::cueRecord(1, 0)) +
+                              wav::chunk("LIST", "adtl" + wav::ltxt(1, 1) + wav::labl(1, "tone"));
+    writeBytes(m_input, wav::file(longer + before + wav::chunk("data", bytesOf({1, 2})) + after));
     FunctionStrategy strategy = constant(1.0);
-    EXPECT_EQ(evaluated(strategy), riff(wider + before + chunk("data", bytesOf({1, 32767, 2, 32767})) + after));
+    EXPECT_EQ(evaluated(strategy),
+              wav::file(wider + before + wav::chunk("data", bytesOf({1, 32767, 2, 32767})) + after));
 }
 
 TEST_F(AudioFileEvaluatorTest, IsTheSameForAnyBlockSizeIfTheStrategyIs) {
@@ -116,23 +117,23 @@ TEST_F(AudioFileEvaluatorTest, NamesTheOutputAfterTheRecording) {
              {"a.b", "zwei W\u00f6rter.WAV", "zwei W\u00f6rter.a.b.wav"},
              {"", "call1.wav", "call1..wav"},
          }) {
-        writeBytes(m_folder / ("in/" + name), wav({1}));
+        writeBytes(m_folder / ("in/" + name), wavOf({1}));
         ASSERT_TRUE(evaluator.configure(4, &strategy, suffix.c_str(), (m_folder / "in/../out/.").c_str()));
         EXPECT_TRUE(evaluator.processFile((m_folder / ("in/" + name)).c_str()));
-        EXPECT_EQ(readBytes(m_folder / ("out/" + expected)), wav({1, 0}, 2)) << expected;
+        EXPECT_EQ(readBytes(m_folder / ("out/" + expected)), wavOf({1, 0}, 2)) << expected;
     }
 }
 
 TEST_F(AudioFileEvaluatorTest, GoesOnFromOneFileToTheNext) {
     const std::string other = m_folder / "in/call2.wav";
-    writeBytes(other, wav({9, 9, 9}, 1, 16000));
+    writeBytes(other, wavOf({9, 9, 9}, 1, 16000));
     FunctionStrategy strategy = constant(0.5);
     AudioFileEvaluator evaluator = evaluatorWith(strategy);
     LogRecorder log(log4cplus::ERROR_LOG_LEVEL);
     EXPECT_TRUE(evaluator.processFile(m_input.c_str()));
     EXPECT_FALSE(evaluator.processFile((m_folder / "in/missing.wav").c_str()));
     EXPECT_TRUE(evaluator.processFile(other.c_str()));
-    EXPECT_EQ(readBytes(m_folder / "out/call2.prob.wav"), wav({9, 16383, 9, 16383, 9, 16383}, 2, 16000));
+    EXPECT_EQ(readBytes(m_folder / "out/call2.prob.wav"), wavOf({9, 16383, 9, 16383, 9, 16383}, 2, 16000));
     const std::string first = readBytes(m_output);
     EXPECT_TRUE(evaluator.processFile(m_input.c_str()));
     EXPECT_EQ(readBytes(m_output), first);
@@ -168,7 +169,7 @@ TEST_F(AudioFileEvaluatorTest, HandsOutTheSamplesAtFullScale) {
 }
 
 TEST_F(AudioFileEvaluatorTest, LogsEveryValueAtDebug) {
-    writeBytes(m_input, wav({1, 2, 3}));
+    writeBytes(m_input, wavOf({1, 2, 3}));
     FunctionStrategy strategy([](const DoubleVector& block, Channels& out) {
         out = {DoubleVector{0.25, 1.5}, DoubleVector{-1.5, c_dNaN}};
         for (DoubleVector& channel : out) {
@@ -205,7 +206,7 @@ TEST_F(AudioFileEvaluatorTest, TracesItsSteps) {
     const auto scope = [](const char* what, const char* name) {
         return record(log4cplus::TRACE_LOG_LEVEL, std::string(what) + name);
     };
-    writeBytes(m_input, wav({1}));
+    writeBytes(m_input, wavOf({1}));
     FunctionStrategy strategy = constant(0.0);
     AudioFileEvaluator evaluator;
     const LogRecorder log(log4cplus::TRACE_LOG_LEVEL, "murvane.audio.AudioFileEvaluator");
@@ -236,7 +237,7 @@ TEST_F(AudioFileEvaluatorTest, TakesANewLogLevelWithTheNextFile) {
 // --- recordings without samples ---
 
 TEST_F(AudioFileEvaluatorTest, CopiesARecordingWithoutSamplesAsOneChannel) {
-    const std::string empty = riff(fmt(1, 8000) + chunk("note", "keep") + chunk("data", ""));
+    const std::string empty = wav::file(fmt(1, 8000) + wav::chunk("note", "keep") + wav::chunk("data", ""));
     writeBytes(m_input, empty);
     for (const std::size_t channels : {0, 1, 3}) {
         FunctionStrategy strategy = constants(std::vector<double>(channels, 0.5));

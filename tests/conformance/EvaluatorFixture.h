@@ -6,8 +6,7 @@
 #include <murvane/audio/batch/AudioFileEvaluator.h>
 
 #include <functional>
-#include <map>
-#include <string_view>
+#include <testkit/WavBytes.h>
 
 namespace evaluator_test {
 
@@ -70,39 +69,24 @@ inline const char* const c_szSizeOfData =
     "(m_fmt.m_usSignBitsPerSample/8) *(uiSizeOfData*8/m_fmt.m_usSignBitsPerSample) == uiSizeOfData";
 inline const char* const c_szNbSamples = "uiNbSamples == m_vValues.size()";
 
-inline std::string number(std::uint64_t value, int size) {
-    std::string bytes;
-    for (int i = 0; i < size; ++i) {
-        bytes += static_cast<char>(value >> (8 * i));
-    }
-    return bytes;
-}
-
 inline std::string bytesOf(const Samples& samples) {
     std::string bytes;
     for (const std::int16_t sample : samples) {
-        bytes += number(static_cast<std::uint16_t>(sample), 2);
+        bytes += wav::u16(static_cast<std::uint16_t>(sample));
     }
     return bytes;
 }
 
-inline std::string chunk(std::string_view id, const std::string& content) {
-    return std::string(id) + number(content.size(), 4) + content + std::string(content.size() % 2, '\0');
-}
-
-inline std::string riff(const std::string& chunks) {
-    return "RIFF" + number(4 + chunks.size(), 4) + "WAVE" + chunks;
-}
-
-inline std::string fmt(unsigned channels, unsigned rate, unsigned code = 1, unsigned bits = 16) {
+inline std::string fmt(unsigned channels, unsigned rate, unsigned code = 1, unsigned bits = 16,
+                       const std::string& more = "") {
     const unsigned align = bits / 8 * channels;
-    return chunk("fmt ", number(code, 2) + number(channels, 2) + number(rate, 4) +
-                             number(std::uint64_t{rate} * align, 4) + number(align, 2) + number(bits, 2));
+    return wav::chunk("fmt ", wav::u16(code) + wav::u16(channels) + wav::u32(rate) + wav::u32(rate * align) +
+                                  wav::u16(align) + wav::u16(bits) + more);
 }
 
 /// A WAV file of 16-bit PCM, its samples interleaved.
-inline std::string wav(const Samples& samples, unsigned channels = 1, unsigned rate = 8000) {
-    return riff(fmt(channels, rate) + chunk("data", bytesOf(samples)));
+inline std::string wavOf(const Samples& samples, unsigned channels = 1, unsigned rate = 8000) {
+    return wav::file(fmt(channels, rate) + wav::chunk("data", bytesOf(samples)));
 }
 
 /// A strategy made of a function. It remembers what it was asked.
@@ -155,7 +139,7 @@ protected:
     AudioFileEvaluatorTest() {
         std::filesystem::create_directory(m_folder / "in");
         std::filesystem::create_directory(m_folder / "out");
-        writeBytes(m_input, wav({1, -2, 3, -4, 5, 32767, -32768, 0}));
+        writeBytes(m_input, wavOf({1, -2, 3, -4, 5, 32767, -32768, 0}));
     }
 
     /// An evaluator that turns in/call1.wav into out/call1.prob.wav.

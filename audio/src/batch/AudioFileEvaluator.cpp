@@ -1,6 +1,7 @@
 #include <murvane/audio/batch/AudioFileEvaluator.h>
 #include <murvane/core/Assertion.h>
 #include <murvane/core/FileReplacement.h>
+#include <murvane/core/FileReplacementBuffer.h>
 #include <murvane/core/OS.h>
 
 #include <algorithm>
@@ -11,8 +12,6 @@
 #include <limits>
 #include <new>
 #include <ostream>
-#include <streambuf>
-#include <string_view>
 #include <system_error>
 
 namespace Zantrix::Audio {
@@ -44,40 +43,6 @@ std::int64_t toInteger(double value) {
 std::uint16_t toStored(double value) {
     return static_cast<std::uint16_t>(toInteger(clamped(value)));
 }
-
-// Lets a stream fill a file replacement.
-class ReplacementBuffer : public std::streambuf {
-public:
-    explicit ReplacementBuffer(FileReplacement& file) : m_file(file) { m_strPending.reserve(c_uiRoom); }
-
-    bool flush() {
-        const bool written = m_file.write(m_strPending.data(), m_strPending.size());
-        m_strPending.clear();
-        return written;
-    }
-
-protected:
-    int_type overflow(int_type character) override {
-        const char byte = traits_type::to_char_type(character);
-        return xsputn(&byte, 1) == 1 ? character : traits_type::eof();
-    }
-
-    std::streamsize xsputn(const char* bytes, std::streamsize size) override {
-        const std::string_view added(bytes, static_cast<std::size_t>(size));
-        if (m_strPending.size() + added.size() <= c_uiRoom) {
-            m_strPending += added;
-            return size;
-        }
-        return flush() && m_file.write(added.data(), added.size()) ? size : 0;
-    }
-
-private:
-    // A tree of many small chunks is not written one by one.
-    static constexpr std::size_t c_uiRoom = 1 << 16;
-
-    FileReplacement& m_file;
-    std::string m_strPending;
-};
 
 }  // namespace
 
@@ -328,9 +293,9 @@ bool AudioFileEvaluator::writeOutputFile() {
         log(LogLevel::Error, c_szSource, __LINE__, "Could not open output file for writing: ", m_strOutputFileName);
         return false;
     }
-    ReplacementBuffer buffer(file);
+    FileReplacementBuffer buffer(file);
     std::ostream os(&buffer);
-    if (!m_parser.write(os) || !buffer.flush() || !file.commit()) {
+    if (!m_parser.write(os).flush() || !file.commit()) {
         const std::string& reason = m_parser.getError().empty() ? file.getError() : m_parser.getError();
         log(LogLevel::Error, c_szSource, __LINE__, "Could not write output file: ", m_strOutputFileName, ", ", reason);
         return false;
