@@ -10,15 +10,18 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <memory>
 #include <new>
 #include <ostream>
 #include <system_error>
+#include <utility>
 
 namespace Zantrix::Audio {
 
 namespace {
 
 constexpr const char* c_szSource = "AudioFileEvaluator";
+constexpr std::size_t c_uiSampleSize = 2;  // bytes of a sample, and of a value
 
 const Logger& logger() {
     static const Logger& logger = Logger::forCategory("murvane.audio.AudioFileEvaluator");
@@ -105,9 +108,10 @@ bool AudioFileEvaluator::processFile(const char* in_szFileName) {
     }
 }
 
-// Fills m_vValues. A change of the number of channels ends that, but is no failure here: what is there may be complete.
+// Fills m_strFrames. A change of the number of channels ends that, but is no failure here: what is there may be
+// complete.
 bool AudioFileEvaluator::evaluateBlocks(const std::string& fileName) {
-    m_vValues.clear();
+    m_strFrames.clear();
     bool isFirst = true;
     bool isInError = false;
     std::uint64_t position = 0;
@@ -147,14 +151,17 @@ void AudioFileEvaluator::pushToOutputFile(unsigned long long nbSamples,
     const TraceScope scope(*this, "pushToOutputFile", c_szSource, __LINE__);
 
     log(LogLevel::Debug, c_szSource, __LINE__, "Scaling to ushort...");
-    const std::size_t nbChannels = channels.size();
-    const std::size_t first = m_vValues.size();
-    m_vValues.resize(first + nbSamples * nbChannels);
-    for (std::size_t c = 0; c < nbChannels; ++c) {
-        const Math::DoubleVector& channel = channels[c];
-        std::uint16_t* pValue = m_vValues.data() + first + c;
-        for (std::size_t i = 0; i < nbSamples; ++i, pValue += nbChannels) {
-            *pValue = toStored(channel[i]);
+    const std::size_t frameSize = getFrameSize();
+    const std::size_t first = m_strFrames.size();
+    m_strFrames.resize(first + nbSamples * frameSize);
+    char* const pFirst = m_strFrames.data() + first;
+    for (std::size_t c = 0; c < channels.size(); ++c) {
+        const double* const values = channels[c].data();
+        char* pStored = pFirst + (1 + c) * c_uiSampleSize;
+        for (std::size_t i = 0; i < nbSamples; ++i, pStored += frameSize) {
+            const std::uint16_t value = toStored(values[i]);
+            pStored[0] = static_cast<char>(value & 0xff);
+            pStored[1] = static_cast<char>(value >> 8);
         }
     }
     if (isLogEnabledFor(LogLevel::Debug)) {
@@ -172,8 +179,12 @@ void AudioFileEvaluator::logTransformations(unsigned long long nbSamples,
     }
 }
 
+std::size_t AudioFileEvaluator::getFrameSize() const {
+    return (1 + m_uiNbChannels) * c_uiSampleSize;
+}
+
 std::size_t AudioFileEvaluator::getNbOfFrames() const {
-    return m_uiNbChannels == 0 ? 0 : m_vValues.size() / m_uiNbChannels;
+    return m_strFrames.size() / getFrameSize();
 }
 
 bool AudioFileEvaluator::prepareOutputFile(const char* in_szFileName) {
@@ -251,38 +262,32 @@ bool AudioFileEvaluator::endOutputFile() {
         return false;
     }
     IFF::Chunk& data = *position.getChunk();
-    std::vector<char> bytes;
-    if (!interleave(data.getData(), data.getSize(), bytes)) {
+    if (!fillInSamples(data.getData(), data.getSize())) {
         return false;
     }
-    data.setData(bytes.data(), static_cast<unsigned>(bytes.size()));
+    const auto pFrames = std::make_shared<const std::string>(std::exchange(m_strFrames, {}));
+    data.setData(IFF::SharedBytes(pFrames, *pFrames));
     return writeOutputFile();
 }
 
-// Puts the recording's samples, as they stand, and the strategy's values into one row.
-bool AudioFileEvaluator::interleave(const char* samples, std::size_t size, std::vector<char>& out) const {
-    constexpr std::size_t bytesPerSample = 2;
-    const std::size_t nbSamples = size / bytesPerSample;
-    if (!Assertion(nbSamples * bytesPerSample == size,
+// Puts the recording's samples, as they stand, beside the strategy's values.
+bool AudioFileEvaluator::fillInSamples(const char* samples, std::size_t size) {
+    const std::size_t nbSamples = size / c_uiSampleSize;
+    if (!Assertion(nbSamples * c_uiSampleSize == size,
                    "(m_fmt.m_usSignBitsPerSample/8) *(uiSizeOfData*8/m_fmt.m_usSignBitsPerSample) == uiSizeOfData",
                    c_szSource, __LINE__) ||
         !Assertion(nbSamples == getNbOfFrames(), "uiNbSamples == m_vValues.size()", c_szSource, __LINE__)) {
         return false;
     }
-    const std::uint64_t outSize = std::uint64_t{nbSamples} * m_fmt.m_usBlockAlign;
-    if (outSize > std::numeric_limits<std::uint32_t>::max()) {
-        log(LogLevel::Error, c_szSource, __LINE__, "Output does not fit a WAV file : ", outSize, " bytes of samples");
+    if (m_strFrames.size() > std::numeric_limits<std::uint32_t>::max()) {
+        log(LogLevel::Error, c_szSource, __LINE__, "Output does not fit a WAV file : ", m_strFrames.size(),
+            " bytes of samples");
         return false;
     }
-    out.resize(outSize);
-    char* pOut = out.data();
-    const std::uint16_t* pValue = m_vValues.data();
-    for (std::size_t i = 0; i < nbSamples; ++i) {
-        pOut = std::copy_n(samples + i * bytesPerSample, bytesPerSample, pOut);
-        for (std::size_t c = 0; c < m_uiNbChannels; ++c, ++pValue) {
-            *pOut++ = static_cast<char>(*pValue & 0xff);
-            *pOut++ = static_cast<char>(*pValue >> 8);
-        }
+    const std::size_t frameSize = getFrameSize();
+    char* pFrame = m_strFrames.data();
+    for (std::size_t i = 0; i < nbSamples; ++i, samples += c_uiSampleSize, pFrame += frameSize) {
+        std::copy_n(samples, c_uiSampleSize, pFrame);
     }
     return true;
 }

@@ -94,9 +94,10 @@ private:
 
     bool readFormat();
     bool widenFormat();
-    bool interleave(const char* samples, std::size_t size, std::vector<char>& out) const;
+    bool fillInSamples(const char* samples, std::size_t size);
     bool writeOutputFile();
     void logTransformations(unsigned long long nbSamples, const std::vector<Math::DoubleVector>& channels) const;
+    std::size_t getFrameSize() const;
     std::size_t getNbOfFrames() const;
 
     LimitedObjPtr<Strategy> m_pStrategy;
@@ -108,8 +109,9 @@ private:
     StringVector m_probInfo;
     IFF::IFFParser m_parser;
     IFF::WavFmtChunk m_fmt;
-    // The strategy's values as they will be stored: one frame after the other, each of m_uiNbChannels values.
-    std::vector<std::uint16_t> m_vValues;
+    // The output's audio as it will stand in the file: for each sample of the recording 2 bytes that wait for it, then
+    // the strategy's values, m_uiNbChannels of them.
+    std::string m_strFrames;
     std::size_t m_uiNbChannels = 0;
 };
 
