@@ -3,6 +3,9 @@
 
 import math
 import os
+import pathlib
+import re
+import shlex
 import struct
 import unittest
 
@@ -199,6 +202,20 @@ class Decisions(EvaluateTest):
             self.assertEqual(annotations_of(self.read("a.annotated.wav")), [old] * count)
             self.assertEqual(annotations_of(self.read("a.prob.wav")), [old] * (count - 1))
             os.rename(self.path("a.annotated.wav"), self.path("a.wav"))
+
+
+class Documented(EvaluateTest):
+    def test_the_sample_call_is_annotated_as_the_documentation_shows(self):
+        text = (pathlib.Path(__file__).resolve().parents[2] / "docs" / "evaluate.md").read_text(encoding="utf-8")
+        command = re.search(r"murvane-audio (evaluate sample-call.wav .*?)\n```", text, re.DOTALL).group(1)
+        shown = re.findall(r"^\| tone \| ([0-9.]+) \| ([0-9.]+) \|", text, re.MULTILINE)
+        with open(os.environ["SAMPLE_CALL"], "rb") as call:
+            self.write("sample-call.wav", call.read())
+        self.assert_done(self.run_here(*shlex.split(command.replace("\\\n", ""))))
+        found = annotations_of(self.read("sample-call.annotated.wav"))
+        self.assertEqual(shown, [(f"{start / 8000:.3f}", f"{(start + length) / 8000:.3f}")
+                                 for _, start, length in found])
+        self.assertEqual(set(label for label, _, _ in found), {"tone"})
 
 
 if __name__ == "__main__":
