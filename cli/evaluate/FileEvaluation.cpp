@@ -126,7 +126,7 @@ FileEvaluation::Outcome FileEvaluation::evaluate(const InputFile& input) {
     return !m_options.annotateMs || annotate(input, strategy.finishRuns()) ? Outcome::Done : Outcome::Failed;
 }
 
-bool FileEvaluation::annotate(const InputFile& input, std::vector<ChannelRun> runs) {
+bool FileEvaluation::annotate(const InputFile& input, const std::vector<ChannelRun>& runs) {
     Audio::AnnotatedFile file;
     if (!file.loadFile(input.path())) {
         m_diagnostics.error("cannot be annotated: " + file.getError());

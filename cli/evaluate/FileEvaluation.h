@@ -28,7 +28,7 @@ private:
     bool checkInput(InputFile& input);
     bool checkFormulas(std::uint64_t rate);
     Outcome evaluate(const InputFile& input);
-    bool annotate(const InputFile& input, std::vector<ChannelRun> runs);
+    bool annotate(const InputFile& input, const std::vector<ChannelRun>& runs);
     Outcome fail(const std::string& message);
 
     const EvaluateOptions& m_options;

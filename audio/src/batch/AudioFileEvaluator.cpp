@@ -57,8 +57,8 @@ bool AudioFileEvaluator::configure(unsigned long long in_windowSize, LimitedObjP
     const TraceScope scope(*this, "configure", c_szSource, __LINE__);
 
     if (!Assertion(!in_pStrategy.isNull(), "!in_pStrategy.isNull()", c_szSource, __LINE__) ||
-        !Assertion(0 != in_szOutputFileSuffix, "0 != in_szOutputFileSuffix", c_szSource, __LINE__) ||
-        !Assertion(0 != in_szOutputDir, "0 != in_szOutputDir", c_szSource, __LINE__)) {
+        !Assertion(in_szOutputFileSuffix != nullptr, "0 != in_szOutputFileSuffix", c_szSource, __LINE__) ||
+        !Assertion(in_szOutputDir != nullptr, "0 != in_szOutputDir", c_szSource, __LINE__)) {
         return false;
     }
     // What could fail comes before anything is kept.
