@@ -59,7 +59,7 @@ def print_table(title, columns, rows):
 
 def print_speeds(results):
     rows = []
-    for section in ("input", "spectrum", "computer", "analysis", "command"):
+    for section in ("input", "spectrum", "computer", "analysis", "evaluator", "command"):
         names = results.names(section, "/library")
         if not names:
             results.failures.append(f"{section}: no rows")

@@ -21,6 +21,7 @@ struct Subcommand {
 
 constexpr Subcommand c_subcommands[] = {
     {"features", "compute features of every window of audio files, as CSV or NPY", runFeatures},
+    {"evaluate", "write curves, decisions and annotations of formulas beside the audio of WAV files", runEvaluate},
     {"info", "tell format, rate, duration and clipping of audio files", runInfo},
     {"list", "list the features and the functions of formulas, or explain one", runList},
 };

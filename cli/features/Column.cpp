@@ -28,17 +28,6 @@ std::size_t findAssignment(const std::string& text) {
     return next != std::string::npos && text[next] == '=' ? next : std::string::npos;
 }
 
-void checkFormula(const Column& column) {
-    Math::Xpr::ExpressionList formulas;
-    Math::Xpr::FormulaError error;
-    if (column.text.find_first_not_of(c_szBlanks) == std::string::npos) {
-        throw UsageError("the formula of '" + Math::Xpr::excerpt(column.name) + "' is empty");
-    }
-    if (!formulas.add(column.name.c_str(), column.text, error)) {
-        throw UsageError("wrong formula: " + error.rendered + "\n'murvane-audio list' names the functions.");
-    }
-}
-
 }  // namespace
 
 Column makeFeatureColumn(const std::string& name) {
@@ -59,6 +48,17 @@ std::string formulaArgument(const Column& column) {
 
 std::string describe(const Column& column) {
     return (column.kind == Column::Kind::Feature ? "the feature " : "the formula ") + column.name;
+}
+
+void checkFormula(const Column& column) {
+    Math::Xpr::ExpressionList formulas;
+    Math::Xpr::FormulaError error;
+    if (column.text.find_first_not_of(c_szBlanks) == std::string::npos) {
+        throw UsageError("the formula of '" + Math::Xpr::excerpt(column.name) + "' is empty");
+    }
+    if (!formulas.add(column.name.c_str(), column.text, error)) {
+        throw UsageError("wrong formula: " + error.rendered + "\n'murvane-audio list' names the functions.");
+    }
 }
 
 void checkColumn(const Column& column, const FeatureNames& featureNames) {

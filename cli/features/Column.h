@@ -33,9 +33,14 @@ std::string formulaArgument(const Column& column);
 /// For messages: "the feature NAME", "the formula NAME".
 std::string describe(const Column& column);
 
+/// Makes sure that the library understands a column that is a formula.
+///
+/// @throw UsageError  telling what is wrong, with the line and a mark below the place
+void checkFormula(const Column& column);
+
 /// Makes sure that the library knows what a column is made of.
 ///
-/// @throw UsageError  telling what is wrong; of a formula, with its line and a mark below the place
+/// @throw UsageError  telling what is wrong
 void checkColumn(const Column& column, const FeatureNames& featureNames);
 
 /// Makes sure of this for all columns, and that they can be told from each other.

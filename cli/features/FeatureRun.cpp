@@ -3,6 +3,7 @@
 #include "features/RowComputer.h"
 #include "shell/InputFile.h"
 #include "shell/Interrupt.h"
+#include "shell/SamplingRate.h"
 #include "shell/Text.h"
 
 #include <algorithm>
@@ -10,12 +11,6 @@
 namespace Zantrix::Cli {
 
 namespace {
-
-// Spectral features count on this rate.
-constexpr std::uint64_t c_uiTelephoneRate = 8000;
-
-// For inputs that do not tell before they are opened: chunks are then large enough for a window at any rate up to this.
-constexpr std::uint64_t c_uiHighestRate = 768000;
 
 constexpr std::uint64_t c_uiWindowsPerRead = 16;
 constexpr std::uint64_t c_uiMaxSamplesPerRead = std::uint64_t(1) << 20;
@@ -57,6 +52,7 @@ FeatureRun::Outcome FeatureRun::add(const std::string& name) {
     }
     // Closed before the input, which may have to wait for that.
     Audio::WindowedAudioFileReader reader;
+    // Of an input that does not tell its rate before it is opened, chunks are large enough for a window at any.
     reader.setNbOfFramesToRead(
         framesPerRead(input.rate() == 0 ? c_uiHighestRate : input.rate(), m_config.m_uiWindowSizeMs));
     if (!reader.setSourceAudioFile(input.path().c_str())) {
@@ -93,10 +89,7 @@ FeatureRun::Outcome FeatureRun::addOpened(Audio::WindowedAudioFileReader& reader
                     std::to_string(m_config.m_uiWindowOverlapMs) + " ms cannot be cut at " + std::to_string(rate) +
                     " Hz");
     }
-    if (rate != c_uiTelephoneRate) {
-        m_diagnostics.warning("has " + std::to_string(rate) + " Hz: spectral features take their bins to span 0 to " +
-                              "4000 Hz, which holds at 8000 Hz only");
-    }
+    warnOfRate(rate, m_diagnostics);
     if (!chooseColumns(rate)) {
         return Outcome::InputFailed;
     }

@@ -117,9 +117,9 @@ void protectInputs(const FeaturesOptions& options) {
     if (options.format == "npy") {
         outputs.push_back(options.path + ".json");
     }
+    refuseToOverwrite(inputs, outputs);
     std::set<std::string> seen;
     for (const std::string& output : outputs) {
-        refuseToOverwrite(inputs, output);
         if (!output.empty() && !seen.insert(output).second) {
             throw UsageError("two outputs would go to " + output);
         }

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -92,9 +93,14 @@ bool InputFile::checkAudio(Diagnostics& diagnostics) {
         diagnostics.error("holds no audio");
         return false;
     }
+    m_iFormat = info.format;
     m_uiRate = static_cast<std::uint64_t>(info.samplerate);
     m_uiSamples = info.frames < SF_COUNT_MAX ? static_cast<std::uint64_t>(info.frames) : 0;
     return true;
+}
+
+bool InputFile::isPlainWav() const {
+    return m_iFormat == (SF_FORMAT_WAV | SF_FORMAT_PCM_16);
 }
 
 std::uint64_t fileBytes(const std::string& path) {
@@ -103,17 +109,26 @@ std::uint64_t fileBytes(const std::string& path) {
     return isFile ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output) {
-    struct stat target {};
-    if (output.empty() || ::stat(output.c_str(), &target) != 0 || !S_ISREG(target.st_mode)) {
-        return;
-    }
+void refuseToOverwrite(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) {
+    std::map<std::pair<dev_t, ino_t>, const std::string*> files;
+    struct stat status {};
     for (const std::string& input : inputs) {
-        struct stat status {};
-        if (::stat(input.c_str(), &status) == 0 && status.st_dev == target.st_dev && status.st_ino == target.st_ino) {
-            throw UsageError("the output " + output + " would replace the input " + input);
+        if (::stat(input.c_str(), &status) == 0) {
+            files.emplace(std::pair(status.st_dev, status.st_ino), &input);
         }
     }
+    for (const std::string& output : outputs) {
+        if (output.empty() || ::stat(output.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+            continue;
+        }
+        if (const auto found = files.find(std::pair(status.st_dev, status.st_ino)); found != files.end()) {
+            throw UsageError("the output " + output + " would replace the input " + *found->second);
+        }
+    }
+}
+
+void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output) {
+    refuseToOverwrite(inputs, std::vector{output});
 }
 
 }  // namespace Zantrix::Cli

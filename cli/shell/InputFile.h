@@ -34,6 +34,9 @@ public:
     /// The number of samples that the header promises; 0 when it is not known.
     std::uint64_t samples() const { return m_uiSamples; }
 
+    /// Whether it is a WAV file of 16-bit PCM, in the plain form of the header; false when that is not known.
+    bool isPlainWav() const;
+
 private:
     bool checkHeader(Diagnostics& diagnostics);
     bool checkAudio(Diagnostics& diagnostics);
@@ -42,16 +45,20 @@ private:
     std::string m_strPath;
     std::uint64_t m_uiRate = 0;
     std::uint64_t m_uiSamples = 0;
+    std::int32_t m_iFormat = 0;  // libsndfile's code; 0 when it is not known
     std::unique_ptr<RepairedStream> m_pRepaired;
 };
 
 /// The bytes of a file; 0 for what is not a regular file.
 std::uint64_t fileBytes(const std::string& path);
 
-/// Makes sure that an output does not replace one of the inputs.
+/// Makes sure that no output replaces one of the inputs.
 ///
-/// @param output  a path; "" is standard output
-/// @throw UsageError naming the input
+/// @param outputs  paths; "" is standard output
+/// @throw UsageError naming both
+void refuseToOverwrite(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs);
+
+/// The same of one output.
 void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output);
 
 }  // namespace Zantrix::Cli

@@ -27,7 +27,7 @@ class Usage(CommandTest):
         self.assert_refused(["a.wav", "--feature", "MEAN", "--form", "csv"], "'--form'")
 
     def test_help_and_version_go_to_standard_output(self):
-        for arguments in (["--help"], ["-h"], ["help"], ["features", "--help"], ["info", "--help"], ["list", "--help"],
+        for arguments in (["--help"], ["-h"], ["help"], ["features", "--help"], ["evaluate", "--help"], ["info", "--help"], ["list", "--help"],
                           ["help", "features"], ["features", "a.wav", "--help"]):
             result = run(*arguments)
             self.assert_done(result)
@@ -35,7 +35,7 @@ class Usage(CommandTest):
         self.assertRegex(run("--version").stdout, rb"^murvane-audio \d+\.\d+\.\d+\n$")
 
     def test_every_subcommand_shows_examples(self):
-        for subcommand in ("features", "info", "list"):
+        for subcommand in ("features", "evaluate", "info", "list"):
             self.assertIn(b"Examples:\n  murvane-audio " + subcommand.encode(), run(subcommand, "--help").stdout)
 
     def test_a_file_and_a_feature_are_needed(self):

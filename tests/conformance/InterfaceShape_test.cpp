@@ -1,6 +1,9 @@
 // The class trees that programs and their virtual tables rely on, as checks of the compiler.
 #include "ClassTrees.h"
 
+#include <murvane/audio/batch/AudioFileEvaluator.h>
+#include <murvane/audio/batch/AudioSetApplicationHelper.h>
+#include <murvane/audio/batch/AudioSetParser.h>
 #include <murvane/audio/input/AudioFileReader.h>
 #include <murvane/audio/input/AudioLinearWindower.h>
 #include <murvane/audio/input/AudioSignalWindow.h>
@@ -22,6 +25,13 @@ using namespace Zantrix;
 using namespace Zantrix::Audio;
 using namespace class_trees;
 using Zantrix::Math::DoubleVector;
+
+struct FirstOfItsTable {
+    virtual void first() = 0;
+
+protected:
+    ~FirstOfItsTable() = default;
+};
 
 // --- roots ---
 
@@ -132,6 +142,36 @@ TEST(InterfaceShape, SignalWindowKeepsTheOrderOfItsOperations) {
     const std::ptrdiff_t first = slotOf(&SignalWindow::getWeights);
     EXPECT_EQ(slotOf(&SignalWindow::getWeight) - first, 1);
     EXPECT_EQ(slotOf(&SignalWindow::getSize) - first, 2);
+}
+
+// --- batch ---
+
+static_assert(hasOne<AudioFileEvaluator, ObjectWithLogger> && hasOneVirtual<AudioFileEvaluator, Object>);
+static_assert(isCopyable<AudioFileEvaluator> && std::is_default_constructible_v<AudioFileEvaluator>);
+static_assert(
+    std::is_same_v<decltype(&AudioFileEvaluator::configure),
+                   bool (AudioFileEvaluator::*)(unsigned long long, LimitedObjPtr<AudioFileEvaluator::Strategy>,
+                                                const char*, const char*)>);
+static_assert(std::is_same_v<decltype(&AudioFileEvaluator::processFile), bool (AudioFileEvaluator::*)(const char*)>);
+
+static_assert(std::is_abstract_v<AudioFileEvaluator::Strategy> && !hasOne<AudioFileEvaluator::Strategy, Object>);
+static_assert(!std::has_virtual_destructor_v<AudioFileEvaluator::Strategy> &&
+              sizeof(AudioFileEvaluator::Strategy) == sizeof(void*));
+
+static_assert(hasOneVirtual<AudioSetParser, Object>);
+static_assert(isCopyable<AudioSetParser> && std::is_default_constructible_v<AudioSetParser>);
+
+static_assert(hasOneVirtual<AudioSetApplicationHelper, Object>);
+static_assert(isCopyable<AudioSetApplicationHelper> && !std::is_default_constructible_v<AudioSetApplicationHelper>);
+static_assert(!std::is_convertible_v<AudioSetApplicationHelper::Strategy*, AudioSetApplicationHelper>);
+static_assert(std::is_abstract_v<AudioSetApplicationHelper::Strategy> &&
+              std::has_virtual_destructor_v<AudioSetApplicationHelper::Strategy>);
+
+TEST(InterfaceShape, EvaluationStrategyHasItsTwoOperationsAndNothingElseInItsTable) {
+    EXPECT_EQ(slotOf(&AudioFileEvaluator::Strategy::evaluateWindow), slotOf(&FirstOfItsTable::first));
+    EXPECT_EQ(slotOf(&AudioFileEvaluator::Strategy::getProbabilitiesInfo) -
+                  slotOf(&AudioFileEvaluator::Strategy::evaluateWindow),
+              1);
 }
 
 }  // namespace

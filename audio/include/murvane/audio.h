@@ -7,6 +7,7 @@
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
 #include <murvane/audio/annotations/AudioAnnotation.h>
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
+#include <murvane/audio/batch/AudioFileEvaluator.h>
 #include <murvane/audio/batch/AudioSetApplicationHelper.h>
 #include <murvane/audio/batch/AudioSetParser.h>
 #include <murvane/audio/computation/AudioExpressionFunctions.h>

@@ -3,9 +3,13 @@
 #include <murvane/core/OS.h>
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <system_error>
+#include <unistd.h>
+#include <utility>
 
 namespace Zantrix::Audio {
 
@@ -32,18 +36,20 @@ bool AudioSetParser::setAudioSetFilename(const char* fileName) {
 
     const std::string name = fileName == nullptr ? "" : fileName;
     std::ifstream file(name);
-    std::error_code ignored;
-    if (!file || std::filesystem::is_directory(name, ignored)) {
+    StringVector files;
+    for (std::string line; std::getline(file, line);) {
+        if (!line.empty() && line[0] != '#') {
+            files.push_back(std::move(line));
+        }
+    }
+    // A folder opens, but cannot be read; half a list is none.
+    if (!file.is_open() || file.bad()) {
         logger().log(LogLevel::Error, c_szSource, __LINE__, "Could not open file ", name,
                      " containing file set to parse");
         return false;
     }
     m_strAudioSetFilename = name;
-    for (std::string line; std::getline(file, line);) {
-        if (!line.empty() && line[0] != '#') {
-            m_vFiles.push_back(line);
-        }
-    }
+    m_vFiles.insert(m_vFiles.end(), std::make_move_iterator(files.begin()), std::make_move_iterator(files.end()));
     return true;
 }
 
@@ -139,9 +145,10 @@ bool AudioSetParser::findRelative(const std::string& candidate, const char* name
     return true;
 }
 
+// Not by opening: that would wait for the writer of a pipe, or take a reader away from it.
 bool AudioSetParser::doesFileExist(const char* name) {
     std::error_code ignored;
-    return std::ifstream(name).good() && !std::filesystem::is_directory(name, ignored);
+    return ::faccessat(AT_FDCWD, name, R_OK, AT_EACCESS) == 0 && !std::filesystem::is_directory(name, ignored);
 }
 
 }  // namespace Zantrix::Audio

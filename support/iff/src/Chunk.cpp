@@ -42,7 +42,11 @@ Chunk& Chunk::operator=(Chunk&& other) noexcept {
 }
 
 void Chunk::setData(const char* bytes, unsigned size) {
-    m_bytes = SharedBytes::copyOf(bytes, size);
+    setData(SharedBytes::copyOf(bytes, size));
+}
+
+void Chunk::setData(SharedBytes bytes) {
+    m_bytes = std::move(bytes);
     m_pList.reset();
     repairPadding();
 }

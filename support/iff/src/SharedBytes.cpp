@@ -15,7 +15,7 @@ SharedBytes::SharedBytes(const std::shared_ptr<const std::string>& owner, std::s
 SharedBytes SharedBytes::copyOf(const char* bytes, std::uint32_t size) {
     SharedBytes result;
     if (size > 0) {
-        const auto copy = std::make_shared<char[]>(size);
+        const auto copy = std::make_shared_for_overwrite<char[]>(size);
         std::copy_n(bytes, size, copy.get());
         result.m_pBytes = std::shared_ptr<const char>(copy, copy.get());
         result.m_uiSize = size;

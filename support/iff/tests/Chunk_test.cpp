@@ -52,6 +52,18 @@ TEST(Chunk, SetDataTakesAPartOfItsOwnData) {
     EXPECT_EQ(wav::content(chunk), "cde");
 }
 
+TEST(Chunk, SetDataTakesSharedBytesWithoutACopy) {
+    Chunk chunk("LIST");
+    const auto pBytes = std::make_shared<const std::string>("shared bytes");
+    chunk.setData(Zantrix::IFF::SharedBytes(pBytes, std::string_view(*pBytes).substr(0, 6)));
+    EXPECT_EQ(wav::content(chunk), "shared");
+    EXPECT_EQ(chunk.getData(), pBytes->data());
+    EXPECT_EQ(chunk.getList(), nullptr);
+    chunk.setData(Zantrix::IFF::SharedBytes());
+    EXPECT_EQ(chunk.getSize(), 0u);
+    EXPECT_EQ(pBytes.use_count(), 1);
+}
+
 TEST(Chunk, SetDataOfNothingEmptiesTheChunk) {
     Chunk chunk("labl");
     chunk.setData("abc", 3);

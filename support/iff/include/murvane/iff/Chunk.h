@@ -43,6 +43,9 @@ public:
     /// @param bytes  may be null if `size` is 0
     void setData(const char* bytes, unsigned size);
 
+    /// The same without a copy.
+    void setData(SharedBytes bytes);
+
     /// The chunks below this one; null if it has plain bytes. The list belongs to the chunk, keeps its address while
     /// the chunk lives and is not assigned to, and goes with it.
     ChunkList* getList() { return m_pList.get(); }

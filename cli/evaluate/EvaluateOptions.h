@@ -1,0 +1,46 @@
+#pragma once
+
+#include "evaluate/Channel.h"
+#include "shell/Diagnostics.h"
+#include "shell/Options.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Zantrix::Cli {
+
+/// What a run of 'murvane-audio evaluate' is to do.
+struct EvaluateOptions {
+    std::vector<std::string> files;
+    std::string audioSet;  ///< a list of more files; "" for none
+    std::vector<Channel> channels;
+    std::int64_t windowMs = 16;
+    std::optional<std::int64_t> contextMs;  ///< as long as the window unless given
+    std::string suffix = "prob";
+    std::string outputDir = ".";
+    std::optional<std::int64_t> annotateMs;  ///< the shortest run to annotate; none: annotate nothing
+    LogOptions log;
+
+    std::uint64_t contextMsInForce() const { return static_cast<std::uint64_t>(contextMs.value_or(windowMs)); }
+
+    /// Where the samples and the channels of a file go.
+    std::string curvesPath(const std::string& file) const;
+
+    /// Where its annotated copy goes.
+    std::string annotatedPath(const std::string& file) const;
+};
+
+/// Reads the arguments; all but the audio set's files are then known to make sense.
+///
+/// @return nothing when help was asked for, which is printed
+/// @throw UsageError for the first thing that is wrong
+std::optional<EvaluateOptions> parseEvaluateOptions(const std::vector<std::string>& arguments);
+
+/// Makes sure that no output replaces an input or the output of another input; after the audio set was read.
+///
+/// @throw UsageError  naming the files
+void protectFiles(const EvaluateOptions& options);
+
+}  // namespace Zantrix::Cli

@@ -1,0 +1,161 @@
+#include "evaluate/FileEvaluation.h"
+
+#include "evaluate/ChannelStrategy.h"
+#include "features/FeatureColumns.h"
+#include "shell/SamplingRate.h"
+#include "shell/WavHeader.h"
+
+#include <murvane/audio/annotations/AudioAnnotatedFile.h>
+
+#include <algorithm>
+#include <bit>
+#include <filesystem>
+#include <sstream>
+
+namespace Zantrix::Cli {
+
+namespace {
+
+// What a file is, in the library's words.
+std::string describeFormat(const std::string& path) {
+    Audio::AudioFileReader reader;
+    std::ostringstream text;
+    if (reader.setSourceAudioFile(path.c_str())) {
+        reader.getFileInfo(text);
+    }
+    return text.str();
+}
+
+// What reading makes of gaps among the numbers of annotations.
+bool isFiller(const Audio::Annotation& annotation) {
+    return annotation.getStartTime() == 0.0 && annotation.getStopTime() == 0.0 && annotation.getLabel() == "SF_MIN";
+}
+
+}  // namespace
+
+FileEvaluation::FileEvaluation(const EvaluateOptions& options, Diagnostics& diagnostics, Progress& progress)
+    : m_options(options), m_diagnostics(diagnostics), m_progress(progress) {}
+
+FileEvaluation::Outcome FileEvaluation::process(const std::string& name) {
+    InputFile input(name);
+    if (!checkInput(input) || !checkFormulas(input.rate())) {
+        return Outcome::Failed;
+    }
+    m_progress.beginInput(name, static_cast<double>(input.samples()) / static_cast<double>(input.rate()));
+    const Outcome outcome = evaluate(input);
+    m_progress.endInput();
+    return outcome;
+}
+
+// Whatever would keep the evaluator from a file is found before, and told in words for users of the command.
+bool FileEvaluation::checkInput(InputFile& input) {
+    std::error_code ignored;
+    if (std::filesystem::exists(input.path(), ignored) && !std::filesystem::is_directory(input.path(), ignored) &&
+        !std::filesystem::is_regular_file(input.path(), ignored)) {
+        m_diagnostics.error("is no regular file; only files that can be read twice are evaluated");
+        return false;
+    }
+    const auto header = readWavHeader(input.path());
+    if (header && header->size == WavHeader::Size::NeverSet) {
+        m_diagnostics.error("its header was never completed: it says 0 bytes of audio though " +
+                            std::to_string(header->presentBytes) + " follow");
+        return false;
+    }
+    if (!input.check(m_diagnostics)) {
+        return false;
+    }
+    if (!input.isPlainWav()) {
+        m_diagnostics.error("is " + describeFormat(input.path()) + "; only WAV files of 16-bit PCM are evaluated");
+        return false;
+    }
+    const std::uint64_t rate = input.rate();
+    if (rate > c_uiHighestRate || samplesOf(rate, static_cast<std::uint64_t>(m_options.windowMs)) == 0) {
+        m_diagnostics.error("blocks of " + std::to_string(m_options.windowMs) + " ms cannot be cut at " +
+                            std::to_string(rate) + " Hz");
+        return false;
+    }
+    return true;
+}
+
+bool FileEvaluation::checkFormulas(std::uint64_t rate) {
+    warnOfRate(rate, m_diagnostics);
+    const auto context = static_cast<std::size_t>(samplesOf(rate, m_options.contextMsInForce()));
+    const bool hasSpectrum =
+        std::any_of(m_options.channels.begin(), m_options.channels.end(),
+                    [](const Channel& channel) { return channel.formula.text.find("spectrum") != std::string::npos; });
+    if (hasSpectrum && !std::has_single_bit(context)) {
+        m_diagnostics.warning("a formula sees " + std::to_string(context) +
+                              " samples, which are no power of two: its " + "spectra are computed slowly");
+    }
+    if (rate == m_uiCheckedRate) {
+        return true;
+    }
+    for (const Channel& channel : m_options.channels) {
+        FeatureColumns values({channel.formula});
+        if (const auto problem = values.measure(context)) {
+            m_diagnostics.error(*problem);
+            return false;
+        }
+        if (values.size() != 1) {
+            m_diagnostics.error("the channel " + channel.formula.name + " gives " + std::to_string(values.size()) +
+                                " values for " + std::to_string(context) + " samples; it must give one");
+            return false;
+        }
+    }
+    m_uiCheckedRate = rate;
+    return true;
+}
+
+FileEvaluation::Outcome FileEvaluation::evaluate(const InputFile& input) {
+    const std::uint64_t rate = input.rate();
+    const auto onBlock = [&](double seconds) { m_progress.advance(seconds); };
+    ChannelStrategy strategy(m_options.channels,
+                             static_cast<std::size_t>(samplesOf(rate, m_options.contextMsInForce())), rate, onBlock);
+    try {
+        Audio::AudioFileEvaluator evaluator;
+        if (!evaluator.configure(samplesOf(rate, static_cast<std::uint64_t>(m_options.windowMs)), &strategy,
+                                 m_options.suffix.c_str(), m_options.outputDir.c_str()) ||
+            !evaluator.processFile(input.path().c_str())) {
+            return fail("cannot be evaluated");
+        }
+    } catch (const ChannelStrategy::Failure& failure) {
+        return fail(failure.what());
+    } catch (const ChannelStrategy::Interruption&) {
+        return Outcome::Interrupted;
+    }
+    return !m_options.annotateMs || annotate(input, strategy.finishRuns()) ? Outcome::Done : Outcome::Failed;
+}
+
+bool FileEvaluation::annotate(const InputFile& input, const std::vector<ChannelRun>& runs) {
+    Audio::AnnotatedFile file;
+    if (!file.loadFile(input.path())) {
+        m_diagnostics.error("cannot be annotated: " + file.getError());
+        return false;
+    }
+    std::erase_if(file.m_vAnnotations, [](const auto& pAnnotation) { return isFiller(*pAnnotation); });
+    const double rate = static_cast<double>(input.rate());
+    const auto shortest = static_cast<double>(*m_options.annotateMs) * rate / 1000.0;
+    for (const ChannelRun& run : runs) {
+        if (static_cast<double>(run.length()) < shortest) {
+            continue;
+        }
+        auto* pAnnotation = new Audio::AnnotationImpl;
+        file.m_vAnnotations.emplace_back(pAnnotation);
+        pAnnotation->setLabel(m_options.channels[run.channel].formula.name.c_str());
+        pAnnotation->setStartTime(static_cast<double>(run.start) / rate);
+        pAnnotation->setStopTime(static_cast<double>(run.stop) / rate);
+    }
+    const std::string output = m_options.annotatedPath(input.name());
+    if (!file.saveFile(output)) {
+        m_diagnostics.error("cannot write " + output + ": " + file.getError());
+        return false;
+    }
+    return true;
+}
+
+FileEvaluation::Outcome FileEvaluation::fail(const std::string& message) {
+    m_diagnostics.error(message);
+    return Outcome::Failed;
+}
+
+}  // namespace Zantrix::Cli

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "evaluate/ChannelRuns.h"
+#include "evaluate/EvaluateOptions.h"
+#include "shell/InputFile.h"
+#include "shell/Progress.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Zantrix::Cli {
+
+/// Evaluates one file after the other. Objects share nothing that changes: each thread may have one.
+class FileEvaluation {
+public:
+    enum class Outcome { Done, Failed, Interrupted };
+
+    /// @param options  must outlive the object
+    FileEvaluation(const EvaluateOptions& options, Diagnostics& diagnostics, Progress& progress);
+
+    /// Evaluates one file and writes its outputs. What goes wrong is reported, and leaves no output of the file that is
+    /// not whole.
+    Outcome process(const std::string& name);
+
+private:
+    bool checkInput(InputFile& input);
+    bool checkFormulas(std::uint64_t rate);
+    Outcome evaluate(const InputFile& input);
+    bool annotate(const InputFile& input, const std::vector<ChannelRun>& runs);
+    Outcome fail(const std::string& message);
+
+    const EvaluateOptions& m_options;
+    Diagnostics& m_diagnostics;
+    Progress& m_progress;
+    std::uint64_t m_uiCheckedRate = 0;  // at which the formulas are known to give one value each
+};
+
+}  // namespace Zantrix::Cli

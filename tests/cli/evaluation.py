@@ -1,0 +1,85 @@
+"""Runs murvane-audio evaluate, and takes its outputs apart."""
+
+import array
+import csv
+import io
+import math
+import os
+import struct
+import wave
+
+from command import CommandTest
+
+BLOCK = 128  # samples: 16 ms at 8000 Hz
+
+
+def samples_of(data):
+    return list(array.array("h", data))
+
+
+def bytes_of(samples):
+    return array.array("h", samples).tobytes()
+
+
+def stored(value):
+    """A value as it stands in the output."""
+    return 0 if math.isnan(value) else int(max(-1.0, min(1.0, value)) * 32767.0)
+
+
+def chunks_of(data):
+    """The chunks of a WAV file, lists opened: (identifier, content)."""
+    found = []
+
+    def walk(begin, end):
+        while begin + 8 <= end:
+            name, size = data[begin:begin + 4], struct.unpack("<I", data[begin + 4:begin + 8])[0]
+            content = data[begin + 8:begin + 8 + size]
+            found.append((name, content))
+            if name == b"LIST":
+                walk(begin + 12, begin + 8 + size)
+            begin += 8 + size + size % 2
+
+    walk(12, len(data))
+    return found
+
+
+def annotations_of(data):
+    """The annotations of a WAV file: (label, first sample, number of samples), in the order of their cue points."""
+    chunks = chunks_of(data)
+    cue = next((content for name, content in chunks if name == b"cue "), b"\0\0\0\0")
+    starts = {}
+    for i in range(struct.unpack("<I", cue[:4])[0]):
+        record = struct.unpack("<II4sIII", cue[4 + 24 * i:28 + 24 * i])
+        starts[record[0]] = record[5]
+    lengths = dict(struct.unpack("<II", content[:8]) for name, content in chunks if name == b"ltxt")
+    labels = {struct.unpack("<I", content[:4])[0]: content[4:].rstrip(b"\0").decode()
+              for name, content in chunks if name == b"labl"}
+    return [(labels[i], starts[i], lengths[i]) for i in starts]
+
+
+class EvaluateTest(CommandTest):
+    def evaluate(self, *arguments, **options):
+        return self.run_here("evaluate", *arguments, **options)
+
+    def channels_of(self, name):
+        """The parameters of a WAV file, and the samples of each of its channels."""
+        with wave.open(os.fsdecode(self.path(name))) as file:
+            samples = samples_of(file.readframes(file.getnframes()))
+            return file.getparams(), [samples[i::file.getnchannels()] for i in range(file.getnchannels())]
+
+    def curves(self, *arguments, name="a"):
+        """What becomes of NAME.wav: the channels beside the audio, which is checked."""
+        self.assert_done(self.evaluate(f"{name}.wav", *arguments))
+        params, (audio, *curves) = self.channels_of(f"{name}.prob.wav")
+        self.assertEqual((params.sampwidth, params.comptype), (2, "NONE"))
+        with wave.open(os.fsdecode(self.path(f"{name}.wav"))) as file:
+            self.assertEqual(params.framerate, file.getframerate())
+            self.assertEqual(audio, samples_of(file.readframes(file.getnframes())))
+        return curves
+
+    def column(self, name, formula, *options):
+        """The values that 'features' gives for each window of a file."""
+        result = self.features(name, f"--expr=v={formula}", *options)
+        self.assertEqual(result.returncode, 0)
+        rows = list(csv.reader(io.StringIO(result.stdout.decode())))
+        return [float(row[2]) for row in rows[1:]]
