@@ -20,6 +20,7 @@ struct Subcommand {
 };
 
 constexpr Subcommand c_subcommands[] = {
+    {"annotations", "keep labelled intervals inside WAV files; import and export them", runAnnotations},
     {"features", "compute features of every window of audio files, as CSV or NPY", runFeatures},
     {"info", "tell format, rate, duration and clipping of audio files", runInfo},
     {"list", "list the features and the functions of formulas, or explain one", runList},
@@ -36,7 +37,7 @@ void printUsage(std::ostream& os) {
           "Analysis of mono telephone audio.\n\n"
           "Subcommands:\n";
     for (const Subcommand& subcommand : c_subcommands) {
-        os << "  " << subcommand.name << std::string(10 - std::string(subcommand.name).size(), ' ')
+        os << "  " << subcommand.name << std::string(13 - std::string(subcommand.name).size(), ' ')
            << subcommand.summary << '\n';
     }
     os << "\n"

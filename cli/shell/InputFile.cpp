@@ -23,25 +23,11 @@ InputFile::InputFile(std::string name) : m_strName(std::move(name)), m_strPath(m
 InputFile::~InputFile() = default;
 
 bool InputFile::check(Diagnostics& diagnostics) {
-    struct stat status {};
-    if (::stat(m_strPath.c_str(), &status) != 0) {
-        diagnostics.error(std::strerror(errno));
+    if (!checkReadable(m_strPath, diagnostics)) {
         return false;
     }
-    if (S_ISDIR(status.st_mode)) {
-        diagnostics.error("is a directory");
-        return false;
-    }
-    if (::access(m_strPath.c_str(), R_OK) != 0) {
-        diagnostics.error(std::strerror(errno));
-        return false;
-    }
-    if (!S_ISREG(status.st_mode)) {
+    if (fileBytes(m_strPath) == 0) {
         return true;
-    }
-    if (status.st_size == 0) {
-        diagnostics.error("is empty");
-        return false;
     }
     return checkHeader(diagnostics) && (m_pRepaired != nullptr || checkAudio(diagnostics));
 }
@@ -94,6 +80,27 @@ bool InputFile::checkAudio(Diagnostics& diagnostics) {
     }
     m_uiRate = static_cast<std::uint64_t>(info.samplerate);
     m_uiSamples = info.frames < SF_COUNT_MAX ? static_cast<std::uint64_t>(info.frames) : 0;
+    return true;
+}
+
+bool checkReadable(const std::string& path, Diagnostics& diagnostics) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        diagnostics.error(std::strerror(errno));
+        return false;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        diagnostics.error("is a directory");
+        return false;
+    }
+    if (::access(path.c_str(), R_OK) != 0) {
+        diagnostics.error(std::strerror(errno));
+        return false;
+    }
+    if (S_ISREG(status.st_mode) && status.st_size == 0) {
+        diagnostics.error("is empty");
+        return false;
+    }
     return true;
 }
 

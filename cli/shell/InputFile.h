@@ -45,6 +45,10 @@ private:
     std::unique_ptr<RepairedStream> m_pRepaired;
 };
 
+/// Whether a path leads to something that can be read: no directory, nothing forbidden, no empty file. What is wrong
+/// goes to `diagnostics`.
+bool checkReadable(const std::string& path, Diagnostics& diagnostics);
+
 /// The bytes of a file; 0 for what is not a regular file.
 std::uint64_t fileBytes(const std::string& path);
 
