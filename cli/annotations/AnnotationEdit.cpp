@@ -98,9 +98,10 @@ void AnnotationEdit::clear() {
 
 bool AnnotationEdit::save() {
     const ChunkScan scan(m_loaded.file.getParser());
+    const bool isOfNone = m_bClearsAll && m_recording.annotations.empty();
     const bool hasRemains = !scan.cues.empty() || !scan.lengths.empty() || !scan.labels.empty() || !scan.notes.empty();
     std::string backup;
-    if (m_recording.annotations != m_before || (m_bClearsAll && hasRemains)) {
+    if (m_recording.annotations != m_before || (isOfNone && hasRemains)) {
         cutOffAtEnd();
         warnOfLosses();
         if (m_recording.annotations.size() >= c_uiEndOfIdentifiers) {
@@ -167,15 +168,19 @@ void AnnotationEdit::warnOfLosses() {
                                        [&](const ScannedText& label) { return points.first(label.id) == nullptr; });
     const auto repeated = std::count_if(scan.points.begin(), scan.points.end(),
                                         [&](const ScannedCue& point) { return points.isRepeated(point); });
-    const auto warn = [&](std::size_t count, const char* what) {
+    const auto warn = [&](std::size_t count, const char* what, const char* which) {
         if (count > 0) {
-            m_diagnostics.warning(std::to_string(count) + ' ' + what);
+            m_diagnostics.warning(counted(count, what) + which + " cannot be kept");
         }
     };
-    warn(scan.notes.size(), "notes (\"note\" chunks) cannot be kept");
-    warn(static_cast<std::size_t>(orphans), "labels (\"labl\" chunks) without a cue point cannot be kept");
-    warn(m_options.read.lenient ? 0 : static_cast<std::size_t>(repeated),
-         "cue points with the number of another one cannot be kept");
+    warn(scan.notes.size(), "note", " (\"note\" chunks)");
+    warn(static_cast<std::size_t>(orphans), "label", " (\"labl\" chunks) without a cue point");
+    warn(m_options.read.lenient ? 0 : static_cast<std::size_t>(repeated), "cue point", " with the number of another");
+    if (!m_loaded.file.getParser().isExact()) {
+        m_diagnostics.warning(
+            "its chunks do not have the sizes that they say, which is corrected; 'murvane-audio annotations validate' "
+            "tells more");
+    }
 }
 
 bool AnnotationEdit::write(std::string& backup) {
@@ -223,7 +228,7 @@ bool AnnotationEdit::report(const std::string& backup) {
     const std::vector<SampledLabel> removed = difference(m_before, m_recording.annotations);
     const std::vector<SampledLabel> added = difference(m_recording.annotations, m_before);
     std::string text = m_strPath + ": " + std::to_string(removed.size()) + " removed, " + std::to_string(added.size()) +
-                       " added, " + std::to_string(m_recording.annotations.size()) + " annotations" +
+                       " added; " + counted(m_recording.annotations.size(), "annotation") +
                        (m_options.isDryRun ? " (dry run: nothing written)" : "") +
                        (backup.empty() ? "" : "; the old file is " + backup) + '\n';
     const auto tell = [&](const char* sign, const std::vector<SampledLabel>& annotations) {

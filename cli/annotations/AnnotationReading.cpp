@@ -18,10 +18,6 @@ constexpr const char* c_szLenientHint =
     "; 'murvane-audio annotations list --lenient' shows what can be saved of it, 'murvane-audio annotations validate' "
     "tells all that is wrong";
 
-std::string counted(std::size_t count, const char* what) {
-    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
 /// Why the cue points, intervals and labels of a file are no annotations; empty when they are.
 std::string describeMisfits(const ChunkScan& scan) {
     const ById<ScannedCue> points(scan.points);
@@ -54,7 +50,9 @@ std::string describeRefusal(const Audio::AnnotatedFile& file) {
     const bool isIdGood = std::all_of(scan.points.begin(), scan.points.end(),
                                       [](const ScannedCue& point) { return point.id < c_uiEndOfIdentifiers; });
     const std::string misfits = isAudioGood && isIdGood ? describeMisfits(scan) : "";
-    return (misfits.empty() ? file.getError() : "its annotations do not fit together: " + misfits) + c_szLenientHint;
+    const bool hasMore = !scan.points.empty() || !scan.loops.empty();
+    return (misfits.empty() ? file.getError() : "its annotations do not fit together: " + misfits) +
+           (hasMore ? c_szLenientHint : "");
 }
 
 void warnOfOrphans(const ChunkScan& scan, Diagnostics& diagnostics) {
@@ -97,8 +95,15 @@ std::vector<SampledLabel> scannedAnnotations(const ChunkScan& scan, Loops loops)
                                                                                : point.sample;
         annotations.push_back({labelOf(point.id), point.sample, stop});
     }
+    // Others write the length, too.
+    const auto isSameAs = [&](const ScannedLoop& loop, const ScannedCue* point) {
+        const ScannedLength* length = lengths.last(loop.id);
+        return point != nullptr && length != nullptr && point->sample == loop.first &&
+               std::uint64_t{point->sample} + length->samples == endOf(loop);
+    };
     for (const ScannedLoop& loop : scan.loops) {
-        const bool isTaken = !loopsById.isRepeated(loop) && isOfCue(loop, points.first(loop.id));
+        const ScannedCue* point = points.first(loop.id);
+        const bool isTaken = (!loopsById.isRepeated(loop) && isOfCue(loop, point)) || isSameAs(loop, point);
         if (loops == Loops::Regions && !isTaken) {
             annotations.push_back({labelOf(loop.id), loop.first, endOf(loop)});
         }

@@ -38,9 +38,10 @@ std::string tonesOf(const ToneKind& kind) {
 
 std::string asText(const std::string& file, const Recording& recording, ToneKinds& kinds, bool) {
     const std::size_t count = recording.annotations.size();
-    std::string text =
-        file + ": " + std::to_string(recording.rate) + " Hz, " + fixedTime(recording.samples, recording, 0) + " s, " +
-        (count == 0 ? "no annotations" : std::to_string(count) + " annotation" + (count == 1 ? "" : "s")) + '\n';
+    const std::string length =
+        recording.rate == 0 ? counted(recording.samples, "sample") : fixedTime(recording.samples, recording, 0) + " s";
+    std::string text = file + ": " + std::to_string(recording.rate) + " Hz, " + length + ", " +
+                       (count == 0 ? "no annotations" : counted(count, "annotation")) + '\n';
     if (count > 0) {
         text += "       start_s        stop_s  kind                 Hz          label\n";
     }

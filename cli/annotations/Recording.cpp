@@ -10,6 +10,10 @@ std::string nameOf(std::size_t index, const std::string& label) {
     return "annotation " + std::to_string(index + 1) + " (" + visibleLabel(label) + ")";
 }
 
+std::string counted(std::size_t count, const std::string& what) {
+    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
 std::string visibleLabel(const std::string& label) {
     const std::string quoted = jsonString(label);
     const bool isPlain =

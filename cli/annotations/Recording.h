@@ -43,6 +43,9 @@ public:
 /// @param index  its place in its list, from 0
 std::string nameOf(std::size_t index, const std::string& label);
 
+/// A number of things, such as "1 label" and "2 labels".
+std::string counted(std::size_t count, const std::string& what);
+
 /// A label as one piece of one line: as it is, or in quotes like a JSON string when it is empty, begins or ends with a
 /// blank, or holds quotes, backslashes, control characters or bytes that are not UTF-8.
 std::string visibleLabel(const std::string& label);
