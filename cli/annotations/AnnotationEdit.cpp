@@ -102,14 +102,14 @@ bool AnnotationEdit::save() {
     const bool hasRemains = !scan.cues.empty() || !scan.lengths.empty() || !scan.labels.empty() || !scan.notes.empty();
     std::string backup;
     if (m_recording.annotations != m_before || (isOfNone && hasRemains)) {
-        cutOffAtEnd();
-        warnOfLosses();
         if (m_recording.annotations.size() >= c_uiEndOfIdentifiers) {
             m_diagnostics.error("would have " + std::to_string(m_recording.annotations.size()) +
                                 " annotations; less than " + std::to_string(c_uiEndOfIdentifiers) +
                                 " can be read again");
             return false;
         }
+        cutOffAtEnd();
+        warnOfLosses();
         if (!write(backup)) {
             return false;
         }

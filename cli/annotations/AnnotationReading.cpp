@@ -123,7 +123,7 @@ void addReadOptions(po::options_description& description, ReadOptions& options) 
 }
 
 bool load(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded) {
-    if (!checkReadable(path, diagnostics)) {
+    if (!checkNotEmpty(path, diagnostics)) {
         return false;
     }
     loaded.stamp = FileStamp::of(path);

@@ -109,6 +109,7 @@ std::vector<TimedLabel> readJsonLabels(std::string_view bytes, const std::vector
             cursor.beginArray();
             for (bool isFirst = true; cursor.nextItem(); isFirst = false) {
                 if (!isFirst) {
+                    cursor.peek();
                     cursor.fail("annotations of a second file");
                 }
                 labels = readRecording(cursor);

@@ -45,7 +45,7 @@ bool describe(const std::string& file, const IFF::IFFParser& parser, std::string
 }
 
 bool validate(const std::string& file, Diagnostics& diagnostics, Output& output) {
-    if (!checkReadable(file, diagnostics)) {
+    if (!checkNotEmpty(file, diagnostics)) {
         return false;
     }
     IFF::IFFParser parser;

@@ -23,7 +23,7 @@ InputFile::InputFile(std::string name) : m_strName(std::move(name)), m_strPath(m
 InputFile::~InputFile() = default;
 
 bool InputFile::check(Diagnostics& diagnostics) {
-    if (!checkReadable(m_strPath, diagnostics)) {
+    if (!checkNotEmpty(m_strPath, diagnostics)) {
         return false;
     }
     if (fileBytes(m_strPath) == 0) {
@@ -97,7 +97,15 @@ bool checkReadable(const std::string& path, Diagnostics& diagnostics) {
         diagnostics.error(std::strerror(errno));
         return false;
     }
-    if (S_ISREG(status.st_mode) && status.st_size == 0) {
+    return true;
+}
+
+bool checkNotEmpty(const std::string& path, Diagnostics& diagnostics) {
+    if (!checkReadable(path, diagnostics)) {
+        return false;
+    }
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0) {
         diagnostics.error("is empty");
         return false;
     }

@@ -1,10 +1,8 @@
 #!/usr/bin/env python3
 """murvane-audio annotations add, copy, append and clear."""
 
-import json
 import os
 import stat
-import struct
 import unittest
 
 from wav_chunks import (AnnotationTest, adtl, annotation_chunks, audio, chunk, cue, file_chunks, labl, ltxt, note,
