@@ -1,6 +1,7 @@
 #include "annotations/ToneKind.h"
 
 #include "shell/Diagnostics.h"
+#include "shell/Text.h"
 
 #include <murvane/audio/annotations/AnnotationBuilder.h>
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
@@ -14,6 +15,13 @@ namespace {
 
 // Labels mostly repeat themselves; where they do not, remembering them all is of no use.
 constexpr std::size_t c_uiMaxKnown = 10000;
+
+/// Whether a label can be a tone's at all: the builder compiles an expression for each of its types and each label.
+bool beginsLikeTone(const std::string& label) {
+    const std::string begin = upperCase(label.substr(0, 3));
+    return begin == Audio::SingleFrequencyAnnotation::getPrefix() ||
+           begin == Audio::AmplitudeModulatedAnnotation::getPrefix();
+}
 
 ToneKind ask(const std::string& label) {
     const QuietLog quiet;  // of labels that are no tone, or nearly one
@@ -43,6 +51,10 @@ ToneKinds::ToneKinds() {
 }
 
 const ToneKind& ToneKinds::of(const std::string& label) {
+    static const ToneKind other;
+    if (!beginsLikeTone(label)) {
+        return other;
+    }
     const auto known = m_known.find(label);
     if (known != m_known.end()) {
         return known->second;

@@ -109,7 +109,7 @@ class Refused(AnnotationTest):
     def test_files_cut_off_anywhere(self):
         whole = annotated((10, 5, b"one"), (20, 5, b"two"))
         chunks = len(whole) - 200
-        for size in [*range(1, 60), *range(chunks, len(whole))]:
+        for size in [*range(1, 60), *range(chunks, len(whole), 3)]:
             self.write("a.wav", whole[:size])
             for arguments in (("list", "a.wav"), ("list", "--lenient", "a.wav"), ("validate", "a.wav")):
                 result = self.annotations(*arguments)

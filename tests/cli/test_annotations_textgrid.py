@@ -157,7 +157,7 @@ class TextGrid(AnnotationTest):
                               (SHORT.replace("0.5 1 ", "0.5 "), "line 12: the end of an interval is needed here"),
                               (SHORT.replace("0 3 4\n", "0 3 4000000000\n"),
                                "line 16: the start of an interval is needed here"),
-                              (SHORT.replace('"empty"', '"empty'), "line 19: a quote is not closed")):
+                              (SHORT.replace('"empty"', '"empty'), "line 20: a quote is not closed")):
             self.assert_refused(text.encode(), message)
 
     def test_gaps_are_written_as_intervals_without_text(self):
