@@ -76,6 +76,27 @@ class RoundTrip(AnnotationTest):
                 self.assertEqual([int(seconds * rate + 0.5) for seconds in (begin, end, end - begin)],
                                  [start, start + length, length], (rate, line))
 
+    def test_label_files_with_any_byte_wrong(self):
+        """A mistake is told, or it makes other annotations; either way nothing else happens."""
+        generator = random.Random(7)
+        file = riff(audio(samples=100))
+        self.write("b.wav", file)
+        for form in ("audacity", "csv", "json", "textgrid"):
+            self.write("a.wav", annotated((0, 10, b"one"), (5, 0, b'"two"'), (50, 50, b"SF_440"), samples=100))
+            labels = self.annotations("export", "a.wav", "--format", form).stdout
+            for _ in range(self.trials):
+                broken = bytearray(labels)
+                for _ in range(generator.randint(1, 3)):
+                    place = generator.randrange(len(broken))
+                    broken[place:place + generator.randint(0, 3)] = generator.choice(
+                        (b"", b'"', b"\t", b"\n", b",", b"{", b"]", b"9", b"-", b"e", b"\xff", b"\0", b"\\u", b" "))
+                self.write("labels", broken)
+                result = self.annotations("import", "b.wav", "labels", "--format", form, "--dry-run")
+                self.assertIn(result.returncode, (0, 1), broken)
+                self.assertEqual(result.returncode == 0, result.stdout != b"", broken)
+                self.assertTrue(result.returncode == 0 or result.stderr.startswith(b"murvane-audio: "), broken)
+        self.assertEqual(self.read("b.wav"), file)
+
 
 if __name__ == "__main__":
     unittest.main()
