@@ -86,7 +86,7 @@ std::string backUp(const std::string& path, std::string& name) {
         ::futimens(target.get(), times) == 0 && ::fsync(target.get()) == 0 && target.close()) {
         return {};
     }
-    const std::string error = std::strerror(errno);
+    std::string error = std::strerror(errno);
     ::unlink(name.c_str());
     return error;
 }

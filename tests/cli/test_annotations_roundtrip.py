@@ -21,7 +21,7 @@ def random_label(generator, pieces):
 class RoundTrip(AnnotationTest):
     """Each trial is one random list of annotations, at a random rate."""
 
-    trials = 60
+    trials = 40
 
     def random_annotations(self, generator, pieces, samples):
         annotations = []
