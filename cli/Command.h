@@ -24,6 +24,7 @@ public:
 ///
 /// @return an `ExitCode`
 /// @throw UsageError for wrong usage
+int runAnnotations(const std::vector<std::string>& arguments);
 int runEvaluate(const std::vector<std::string>& arguments);
 int runFeatures(const std::vector<std::string>& arguments);
 int runInfo(const std::vector<std::string>& arguments);

@@ -20,6 +20,7 @@ struct Subcommand {
 };
 
 constexpr Subcommand c_subcommands[] = {
+    {"annotations", "keep labelled intervals inside WAV files; import and export them", runAnnotations},
     {"features", "compute features of every window of audio files, as CSV or NPY", runFeatures},
     {"evaluate", "write curves, decisions and annotations of formulas beside the audio of WAV files", runEvaluate},
     {"info", "tell format, rate, duration and clipping of audio files", runInfo},
@@ -37,7 +38,7 @@ void printUsage(std::ostream& os) {
           "Analysis of mono telephone audio.\n\n"
           "Subcommands:\n";
     for (const Subcommand& subcommand : c_subcommands) {
-        os << "  " << subcommand.name << std::string(10 - std::string(subcommand.name).size(), ' ')
+        os << "  " << subcommand.name << std::string(13 - std::string(subcommand.name).size(), ' ')
            << subcommand.summary << '\n';
     }
     os << "\n"

@@ -24,25 +24,11 @@ InputFile::InputFile(std::string name) : m_strName(std::move(name)), m_strPath(m
 InputFile::~InputFile() = default;
 
 bool InputFile::check(Diagnostics& diagnostics) {
-    struct stat status {};
-    if (::stat(m_strPath.c_str(), &status) != 0) {
-        diagnostics.error(std::strerror(errno));
+    if (!checkNotEmpty(m_strPath, diagnostics)) {
         return false;
     }
-    if (S_ISDIR(status.st_mode)) {
-        diagnostics.error("is a directory");
-        return false;
-    }
-    if (::access(m_strPath.c_str(), R_OK) != 0) {
-        diagnostics.error(std::strerror(errno));
-        return false;
-    }
-    if (!S_ISREG(status.st_mode)) {
+    if (fileBytes(m_strPath) == 0) {
         return true;
-    }
-    if (status.st_size == 0) {
-        diagnostics.error("is empty");
-        return false;
     }
     return checkHeader(diagnostics) && (m_pRepaired != nullptr || checkAudio(diagnostics));
 }
@@ -101,6 +87,35 @@ bool InputFile::checkAudio(Diagnostics& diagnostics) {
 
 bool InputFile::isPlainWav() const {
     return m_iFormat == (SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+}
+
+bool checkReadable(const std::string& path, Diagnostics& diagnostics) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        diagnostics.error(std::strerror(errno));
+        return false;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        diagnostics.error("is a directory");
+        return false;
+    }
+    if (::access(path.c_str(), R_OK) != 0) {
+        diagnostics.error(std::strerror(errno));
+        return false;
+    }
+    return true;
+}
+
+bool checkNotEmpty(const std::string& path, Diagnostics& diagnostics) {
+    if (!checkReadable(path, diagnostics)) {
+        return false;
+    }
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0) {
+        diagnostics.error("is empty");
+        return false;
+    }
+    return true;
 }
 
 std::uint64_t fileBytes(const std::string& path) {

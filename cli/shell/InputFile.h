@@ -49,6 +49,12 @@ private:
     std::unique_ptr<RepairedStream> m_pRepaired;
 };
 
+/// Whether a path leads to something that can be read, and is no directory. What is wrong goes to `diagnostics`.
+bool checkReadable(const std::string& path, Diagnostics& diagnostics);
+
+/// The same of what cannot be an empty file, such as audio.
+bool checkNotEmpty(const std::string& path, Diagnostics& diagnostics);
+
 /// The bytes of a file; 0 for what is not a regular file.
 std::uint64_t fileBytes(const std::string& path);
 

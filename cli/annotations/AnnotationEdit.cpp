@@ -1,0 +1,252 @@
+#include "annotations/AnnotationEdit.h"
+
+#include "annotations/Backup.h"
+#include "annotations/ById.h"
+#include "shell/Interrupt.h"
+#include "shell/Output.h"
+#include "shell/Text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <tuple>
+#include <unistd.h>
+#include <utility>
+
+namespace po = boost::program_options;
+
+namespace Zantrix::Cli {
+
+namespace {
+
+// Annotations that a warning names; a count does for the others.
+constexpr std::size_t c_uiMaxNamed = 5;
+
+bool isEarlier(const SampledLabel& a, const SampledLabel& b) {
+    return std::tie(a.start, a.stop, a.label) < std::tie(b.start, b.stop, b.label);
+}
+
+/// What is in `list` and not in `other`, each as often as it is there more often, in order of time.
+std::vector<SampledLabel> difference(std::vector<SampledLabel> list, std::vector<SampledLabel> other) {
+    std::sort(list.begin(), list.end(), isEarlier);
+    std::sort(other.begin(), other.end(), isEarlier);
+    std::vector<SampledLabel> result;
+    std::set_difference(list.begin(), list.end(), other.begin(), other.end(), std::back_inserter(result), isEarlier);
+    return result;
+}
+
+std::string secondsOf(double seconds) {
+    return shortest(seconds) + " s";
+}
+
+}  // namespace
+
+void addEditOptions(po::options_description& description, EditOptions& options) {
+    description.add_options()                                                                           //
+        ("dry-run,n", po::bool_switch(&options.isDryRun), "show what would change, and write nothing")  //
+        ("backup", po::bool_switch(&options.keepsBackup),
+         "keep the old file as FILE.bak, or FILE.bak.1 and so on where that exists")  //
+        ("lenient", po::bool_switch(&options.read.lenient),
+         "edit also a file whose annotations do not fit together: keep what can be saved of them")  //
+        ("keep-fillers", po::bool_switch(&options.read.keepFillers),
+         "keep annotations \"SF_MIN\" from 0 to 0 s, which stand for gaps among the numbers of cue points");
+    addCommonOptions(description, options.log);
+}
+
+AnnotationEdit::AnnotationEdit(std::string path, const EditOptions& options, Diagnostics& diagnostics)
+    : m_strPath(std::move(path)), m_options(options), m_diagnostics(diagnostics) {}
+
+bool AnnotationEdit::load() {
+    if (!Cli::load(m_strPath, m_options.read.lenient, m_diagnostics, m_loaded)) {
+        return false;
+    }
+    if (m_loaded.stamp == FileStamp()) {
+        m_diagnostics.error("is no regular file, so it cannot be edited");
+        return false;
+    }
+    const ChunkScan scan(m_loaded.file.getParser());
+    if (!scan.samples() || scan.fmt->m_usNbOfChannels != 1 || scan.fmt->m_uiSampleRate == 0) {
+        m_diagnostics.error(m_loaded.file.getError());  // what lenient reading lets pass, for looking only
+        return false;
+    }
+    m_recording = recordingOf(m_loaded.file, m_options.read, Loops::OnlyOfCues);
+    m_before = m_recording.annotations;
+    return true;
+}
+
+bool AnnotationEdit::append(const std::vector<TimedLabel>& labels, const std::string& source) {
+    std::vector<SampledLabel> appended;
+    for (const TimedLabel& label : labels) {
+        const std::string reason = whyRefused(label);
+        if (!reason.empty()) {
+            m_diagnostics.error(source + nameOf(appended.size(), label.label) + ' ' + reason);
+            return false;
+        }
+        appended.push_back(toSamples(label, m_recording.rate));
+    }
+    std::move(appended.begin(), appended.end(), std::back_inserter(m_recording.annotations));
+    return true;
+}
+
+void AnnotationEdit::clear() {
+    m_recording.annotations.clear();
+    m_bClearsAll = true;
+}
+
+bool AnnotationEdit::save() {
+    const ChunkScan scan(m_loaded.file.getParser());
+    const bool isOfNone = m_bClearsAll && m_recording.annotations.empty();
+    const bool hasRemains = !scan.cues.empty() || !scan.lengths.empty() || !scan.labels.empty() || !scan.notes.empty();
+    std::string backup;
+    if (m_recording.annotations != m_before || (isOfNone && hasRemains)) {
+        if (m_recording.annotations.size() >= c_uiEndOfIdentifiers) {
+            m_diagnostics.error("would have " + std::to_string(m_recording.annotations.size()) +
+                                " annotations; less than " + std::to_string(c_uiEndOfIdentifiers) +
+                                " can be read again");
+            return false;
+        }
+        cutOffAtEnd();
+        warnOfLosses();
+        if (!write(backup)) {
+            return false;
+        }
+    }
+    return report(backup);
+}
+
+std::string AnnotationEdit::whyRefused(const TimedLabel& label) const {
+    for (const double time : {label.start, label.stop}) {
+        if (!std::isfinite(time) || time < 0.0) {
+            return "has the time " + secondsOf(time) + "; times are 0 s or more";
+        }
+    }
+    if (label.start > label.stop) {
+        return "starts at " + secondsOf(label.start) + ", after its stop at " + secondsOf(label.stop);
+    }
+    const SampledLabel sampled = toSamples(label, m_recording.rate);
+    if (sampled.start > m_recording.samples) {
+        return "starts at " + secondsOf(label.start) + ", beyond the end of the audio at " +
+               timeOfSample(m_recording.samples, m_recording.rate) + " s";
+    }
+    if (label.label.find('\0') != std::string::npos) {
+        return "has a zero byte in its label, which would end there";
+    }
+    if (isFiller(sampled) && !m_options.read.keepFillers) {
+        return "is what gaps read as; only --keep-fillers keeps it";
+    }
+    return {};
+}
+
+void AnnotationEdit::cutOffAtEnd() {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < m_recording.annotations.size(); ++i) {
+        SampledLabel& annotation = m_recording.annotations[i];
+        if (annotation.stop <= m_recording.samples) {
+            continue;
+        }
+        if (++count <= c_uiMaxNamed) {
+            const auto time = [&](std::uint64_t sample) { return timeOfSample(sample, m_recording.rate) + " s"; };
+            m_diagnostics.warning(nameOf(i, annotation.label) + " ends at " + time(annotation.stop) +
+                                  ", beyond the end of the audio at " + time(m_recording.samples) +
+                                  "; it is cut off there");
+        }
+        annotation.stop = m_recording.samples;
+        annotation.start = std::min(annotation.start, annotation.stop);
+    }
+    if (count > c_uiMaxNamed) {
+        m_diagnostics.warning(std::to_string(count - c_uiMaxNamed) + " more annotations are cut off there");
+    }
+}
+
+void AnnotationEdit::warnOfLosses() {
+    const ChunkScan scan(m_loaded.file.getParser());
+    const ById<ScannedCue> points(scan.points);
+    const auto orphans = std::count_if(scan.labels.begin(), scan.labels.end(),
+                                       [&](const ScannedText& label) { return points.first(label.id) == nullptr; });
+    const auto repeated = std::count_if(scan.points.begin(), scan.points.end(),
+                                        [&](const ScannedCue& point) { return points.isRepeated(point); });
+    const auto warn = [&](std::size_t count, const char* what, const char* which) {
+        if (count > 0) {
+            m_diagnostics.warning(counted(count, what) + which + " cannot be kept");
+        }
+    };
+    warn(scan.notes.size(), "note", " (\"note\" chunks)");
+    warn(static_cast<std::size_t>(orphans), "label", " (\"labl\" chunks) without a cue point");
+    warn(m_options.read.lenient ? 0 : static_cast<std::size_t>(repeated), "cue point", " with the number of another");
+    if (!m_loaded.file.getParser().isExact()) {
+        m_diagnostics.warning(
+            "its chunks do not have the sizes that they say, which is corrected; 'murvane-audio annotations validate' "
+            "tells more");
+    }
+}
+
+bool AnnotationEdit::write(std::string& backup) {
+    if (::access(m_strPath.c_str(), W_OK) != 0) {
+        m_diagnostics.error(std::string("cannot be written: ") + std::strerror(errno));
+        return false;
+    }
+    if (m_options.isDryRun) {
+        return true;
+    }
+    if (m_options.keepsBackup) {
+        const std::string error = backUp(m_strPath, backup);
+        if (!error.empty()) {
+            m_diagnostics.error("cannot be kept as " + backup + ": " + error);
+            return false;
+        }
+    }
+    Audio::AnnotatedFile& file = m_loaded.file;
+    file.m_vAnnotations.clear();
+    for (const SampledLabel& annotation : m_recording.annotations) {
+        const TimedLabel times = toTimes(annotation, m_recording.rate);
+        auto pAnnotation = std::make_unique<Audio::AnnotationImpl>();
+        pAnnotation->setLabel(times.label.c_str());
+        pAnnotation->setStartTime(times.start);
+        pAnnotation->setStopTime(times.stop);
+        file.m_vAnnotations.emplace_back(pAnnotation.release());
+    }
+    // The library looks, too, but only at files that it took as they were.
+    if (FileStamp::of(m_strPath) != m_loaded.stamp) {
+        m_diagnostics.error("is left alone: it changed since it was read");
+        return false;
+    }
+    if (Interrupt::requested()) {
+        m_diagnostics.error("interrupted");
+        return false;
+    }
+    if (!file.saveFile(m_strPath)) {
+        m_diagnostics.error("cannot be written: " + file.getError());
+        return false;
+    }
+    return true;
+}
+
+bool AnnotationEdit::report(const std::string& backup) {
+    const std::vector<SampledLabel> removed = difference(m_before, m_recording.annotations);
+    const std::vector<SampledLabel> added = difference(m_recording.annotations, m_before);
+    std::string text = m_strPath + ": " + std::to_string(removed.size()) + " removed, " + std::to_string(added.size()) +
+                       " added; " + counted(m_recording.annotations.size(), "annotation") +
+                       (m_options.isDryRun ? " (dry run: nothing written)" : "") +
+                       (backup.empty() ? "" : "; the old file is " + backup) + '\n';
+    const auto tell = [&](const char* sign, const std::vector<SampledLabel>& annotations) {
+        for (const SampledLabel& annotation : annotations) {
+            text += sign + timeOfSample(annotation.start, m_recording.rate) + " s to " +
+                    timeOfSample(annotation.stop, m_recording.rate) + " s  " + visibleLabel(annotation.label) + '\n';
+        }
+    };
+    if (m_options.isDryRun) {
+        tell("- ", removed);
+        tell("+ ", added);
+    }
+    Output output;
+    if (output.open("") && output.write(text.data(), text.size()) && output.commit()) {
+        return true;
+    }
+    m_diagnostics.error(output.describeError());
+    return false;
+}
+
+}  // namespace Zantrix::Cli

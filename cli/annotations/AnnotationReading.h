@@ -1,0 +1,56 @@
+#pragma once
+
+#include "annotations/ChunkScan.h"
+#include "annotations/Recording.h"
+#include "shell/Diagnostics.h"
+#include "shell/Options.h"
+
+#include <murvane/audio/annotations/AudioAnnotatedFile.h>
+#include <murvane/core/FileStamp.h>
+
+#include <string>
+
+namespace Zantrix::Cli {
+
+struct ReadOptions {
+    /// Take what can be saved of files whose cue points, intervals and labels do not fit together.
+    bool lenient = false;
+
+    /// Keep what gaps among the numbers of cue points read as (see `isFiller`).
+    bool keepFillers = false;
+};
+
+/// Adds the options of these.
+void addReadOptions(boost::program_options::options_description& description, ReadOptions& options);
+
+/// What lenient reading makes of the loops of a sampler.
+enum class Loops { Regions, OnlyOfCues };
+
+/// A file in memory, and which one it was.
+struct LoadedFile {
+    Audio::AnnotatedFile file;
+    FileStamp stamp;
+};
+
+/// Loads a file. Whatever stands in the way is reported.
+///
+/// @param loaded  holds the file's chunks afterwards and, unless `lenient` let a file pass that does not fit together,
+///                its annotations
+bool load(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded);
+
+/// The annotations of a file that was loaded, as `options` ask for them.
+Recording recordingOf(const Audio::AnnotatedFile& file, const ReadOptions& options, Loops loops);
+
+/// Both at once, for looking only: tells also what of the file's labels is not among its annotations.
+bool readRecording(const std::string& path, const ReadOptions& options, Diagnostics& diagnostics, Recording& recording);
+
+/// Whether an annotation is what the library reads where there is none: "SF_MIN", from 0 s to 0 s.
+bool isFiller(const SampledLabel& annotation);
+
+/// The samples of an annotation, as a file with this rate stores them: start and length are rounded.
+SampledLabel toSamples(const TimedLabel& label, std::uint32_t rate);
+
+/// The times of an annotation, as the library gives them.
+TimedLabel toTimes(const SampledLabel& label, std::uint32_t rate);
+
+}  // namespace Zantrix::Cli

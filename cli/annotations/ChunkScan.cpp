@@ -1,0 +1,124 @@
+#include "annotations/ChunkScan.h"
+
+#include <murvane/iff/ByteCursor.h>
+
+namespace Zantrix::Cli {
+
+namespace {
+
+constexpr std::size_t c_uiFmtSize = 16;
+constexpr std::size_t c_uiLabelHeader = 4;
+constexpr std::size_t c_uiLengthSize = 20;
+
+// The "smpl" chunk: where it counts its loops, how much precedes them, and the size of one.
+constexpr std::size_t c_uiLoopCountAt = 28;
+constexpr std::size_t c_uiLoopsHeader = 36;
+constexpr std::size_t c_uiLoopSize = 24;
+
+}  // namespace
+
+std::optional<std::uint64_t> ChunkScan::samples() const {
+    const unsigned frame = fmt ? fmt->m_usNbOfChannels * (fmt->m_usSignBitsPerSample / 8u) : 0;
+    if (frame == 0 || datas.empty()) {
+        return std::nullopt;
+    }
+    return datas.front()->getSize() / frame;
+}
+
+void ChunkScan::visit(const IFF::ChunkList& list, bool isAnnotationList) {
+    for (const IFF::Chunk& chunk : list) {
+        take(chunk, isAnnotationList);
+        if (chunk.getList() != nullptr && chunk.getId() != IFF::ChunkId("cue ")) {
+            const bool isOne = chunk.getList()->getType() == IFF::ChunkId("adtl");
+            if (isOne) {
+                lists.push_back(&chunk);
+            }
+            visit(*chunk.getList(), isOne);
+        }
+    }
+}
+
+void ChunkScan::take(const IFF::Chunk& chunk, bool isInAnnotationList) {
+    const IFF::ChunkId id = chunk.getId();
+    const std::uint64_t offset = chunk.getFileOffset();
+    if (id == IFF::ChunkId("fmt ")) {
+        IFF::WavFmtChunk content;
+        fmts.push_back(&chunk);
+        if (decode(chunk, c_uiFmtSize, content) && !fmt) {
+            fmt = content;
+        }
+    } else if (id == IFF::ChunkId("data")) {
+        datas.push_back(&chunk);
+    } else if (id == IFF::ChunkId("cue ")) {
+        cues.push_back(&chunk);
+        takePoints(chunk);
+    } else if (id == IFF::ChunkId("smpl")) {
+        takeLoops(chunk);
+    } else if (id == IFF::ChunkId("ltxt")) {
+        IFF::WavLabeledTextChunk content;
+        if (decode(chunk, c_uiLengthSize, content)) {
+            lengths.push_back({offset, content.m_uiIdentifier, content.m_uiSampleLength});
+        }
+    } else if (id == IFF::ChunkId("labl") || id == IFF::ChunkId("note")) {
+        IFF::WavLabelChunk content;
+        if (decode(chunk, c_uiLabelHeader, content)) {
+            const std::string_view bytes(chunk.getData() + c_uiLabelHeader, chunk.getSize() - c_uiLabelHeader);
+            const bool isTerminated = content.m_strText.size() < bytes.size();
+            (id == IFF::ChunkId("labl") ? labels : notes)
+                .push_back({offset, content.m_uiIdentifier, bytes.substr(0, content.m_strText.size()), isTerminated});
+        }
+    } else {
+        return;
+    }
+    const bool belongsIntoList = id == IFF::ChunkId("ltxt") || id == IFF::ChunkId("labl") || id == IFF::ChunkId("note");
+    if (belongsIntoList && !isInAnnotationList) {
+        strays.push_back(&chunk);
+    }
+}
+
+void ChunkScan::takePoints(const IFF::Chunk& cue) {
+    if (cue.getList() == nullptr) {
+        return;  // without even a count; the parser has noted that
+    }
+    for (const IFF::Chunk& record : *cue.getList()) {
+        IFF::WavCuePointChunk content;
+        if (content.decode(record.getData(), record.getSize())) {
+            points.push_back({record.getFileOffset(), content.m_uiIdentifier, content.m_uiSampleOffset});
+        }
+    }
+}
+
+void ChunkScan::takeLoops(const IFF::Chunk& chunk) {
+    const std::string_view bytes(chunk.getData(), chunk.getSize());
+    IFF::ByteCursor cursor(bytes, chunk.getFileOffset() + 8);
+    std::uint32_t count = 0;
+    if (!cursor.skip(c_uiLoopCountAt) || !cursor.read(count) || !cursor.skip(c_uiLoopsHeader - c_uiLoopCountAt - 4)) {
+        shorts.push_back({chunk.getFileOffset(), chunk.getId(), bytes.size(), c_uiLoopsHeader});
+        return;
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+        ScannedLoop loop;
+        loop.offset = cursor.getOffset();
+        std::uint32_t kind = 0;
+        std::uint32_t fraction = 0;
+        std::uint32_t plays = 0;
+        if (!cursor.read(loop.id) || !cursor.read(kind) || !cursor.read(loop.first) || !cursor.read(loop.last) ||
+            !cursor.read(fraction) || !cursor.read(plays)) {
+            const std::uint64_t needed = c_uiLoopsHeader + std::uint64_t{count} * c_uiLoopSize;
+            shorts.push_back({chunk.getFileOffset(), chunk.getId(), bytes.size(), needed});
+            return;
+        }
+        loops.push_back(loop);
+    }
+}
+
+template <typename Content>
+bool ChunkScan::decode(const IFF::Chunk& chunk, std::size_t needed, Content& content) {
+    if (content.decode(chunk.getData(), chunk.getSize())) {
+        return true;
+    }
+    shorts.push_back({chunk.getFileOffset(), chunk.getId(), chunk.getSize(), needed});
+    return false;
+}
+
+}  // namespace Zantrix::Cli

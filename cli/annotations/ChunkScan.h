@@ -1,0 +1,85 @@
+#pragma once
+
+#include "annotations/Recording.h"
+
+#include <murvane/iff/IFFParser.h>
+#include <murvane/iff/WavChunks.h>
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+/// Everything in a WAV file that has to do with annotations, as it stands in its chunks, whether it fits together or
+/// not. Offsets are places in the file, in bytes.
+namespace Zantrix::Cli {
+
+/// The library reads identifiers below this.
+inline constexpr std::uint32_t c_uiEndOfIdentifiers = 1u << 20;
+
+struct ScannedCue {
+    std::uint64_t offset = 0;  ///< of the record
+    std::uint32_t id = 0;
+    std::uint32_t sample = 0;
+};
+
+struct ScannedLength {
+    std::uint64_t offset = 0;  ///< of the "ltxt" chunk
+    std::uint32_t id = 0;
+    std::uint32_t samples = 0;
+};
+
+/// A "labl" or a "note".
+struct ScannedText {
+    std::uint64_t offset = 0;
+    std::uint32_t id = 0;
+    std::string_view text;  ///< up to its terminator
+    bool isTerminated = false;
+};
+
+/// A loop of the "smpl" chunk; both samples belong to it.
+struct ScannedLoop {
+    std::uint64_t offset = 0;
+    std::uint32_t id = 0;
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+};
+
+/// A chunk that is too short for what it must hold, or holds less than it says.
+struct ShortChunk {
+    std::uint64_t offset = 0;
+    IFF::ChunkId id;
+    std::uint64_t present = 0;
+    std::uint64_t needed = 0;
+};
+
+/// Views go into the parser's chunks: it must outlive the scan, unchanged.
+struct ChunkScan {
+    explicit ChunkScan(const IFF::IFFParser& parser) { visit(parser.getChunks(), false); }
+
+    /// The length of the audio in samples of all channels; nothing when these cannot be counted.
+    std::optional<std::uint64_t> samples() const;
+
+    std::optional<IFF::WavFmtChunk> fmt;    ///< the first that is long enough
+    std::vector<const IFF::Chunk*> fmts;    ///< all of them
+    std::vector<const IFF::Chunk*> datas;   ///< all "data" chunks
+    std::vector<const IFF::Chunk*> cues;    ///< all "cue " chunks
+    std::vector<const IFF::Chunk*> lists;   ///< those of the type "adtl"
+    std::vector<const IFF::Chunk*> strays;  ///< what belongs into such a list, but stands outside of one
+    std::vector<ScannedCue> points;
+    std::vector<ScannedLength> lengths;
+    std::vector<ScannedText> labels;
+    std::vector<ScannedText> notes;
+    std::vector<ScannedLoop> loops;
+    std::vector<ShortChunk> shorts;
+
+private:
+    void visit(const IFF::ChunkList& list, bool isAnnotationList);
+    void take(const IFF::Chunk& chunk, bool isInAnnotationList);
+    void takePoints(const IFF::Chunk& cue);
+    void takeLoops(const IFF::Chunk& chunk);
+    template <typename Content>
+    bool decode(const IFF::Chunk& chunk, std::size_t needed, Content& content);
+};
+
+}  // namespace Zantrix::Cli
