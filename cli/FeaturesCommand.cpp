@@ -1,8 +1,10 @@
 #include "Command.h"
+#include "batch/BatchRun.h"
 #include "features/ComputerArchive.h"
 #include "features/FeatureArguments.h"
 #include "features/FeatureNames.h"
-#include "features/FeatureRun.h"
+#include "features/FeatureTable.h"
+#include "features/FeatureWorker.h"
 #include "features/FeaturesConfig.h"
 #include "features/FeaturesOptions.h"
 #include "shell/AudioSet.h"
@@ -35,7 +37,10 @@ constexpr const char* c_szHelpRest =
     "each input in PATH.json; the time of a row is that of the row before plus (window - overlap) / 1000. Names in\n"
     "it that are not UTF-8 have U+FFFD in place of each wrong byte, and all bytes in \"name_bytes_hex\".\n\n"
     "Windows are cut at each file's own rate; a rate other than 8000 Hz draws a warning. A file that fails is told\n"
-    "of, leaves no rows, and the others are still done. A file of less than a window gives no rows.\n\n"
+    "of, leaves no rows, and the others are still done. A file of less than a window gives no rows.\n"
+    "Several files are worked on at a time; rows and messages come in the order of the files, and the output is the\n"
+    "same, whatever --jobs says. Only where output cannot be taken back, as in a pipe, do rows of a file that fails\n"
+    "stand, if there are more than 256 KB of them.\n\n"
     "Examples:\n"
     "  murvane-audio features call.wav --feature SPECTRUM100HZ\n"
     "  murvane-audio features *.wav --feature FLATNESS_SPECTRUM ZEROCROSSINGRATE --output calls.csv\n"
@@ -46,31 +51,26 @@ constexpr const char* c_szHelpRest =
     "  murvane-audio features --feature 'MAXSPECTRALRANGES(350,440)_SPECTRUM' --format npy -o tones.npy -- *.wav\n";
 
 int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics, TableWriter& writer) {
-    using Outcome = FeatureRun::Outcome;
+    using Result = BatchRun::Result;
     Progress progress(diagnostics, options.files, options.path.empty());
-    FeatureRun featureRun(options.columns, windowConfig(options), writer, diagnostics, progress);
-    const auto outputFailed = [&] {
+    FeatureTable table(writer);
+    Crew crew(options.batch.threads());
+    BatchRun batch(options.files, crew, diagnostics, progress);
+    const Result result = batch.run([&]() -> std::unique_ptr<BatchWorker> {
+        return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table,
+                                               options.format == "npy" ? makeNpyEncoder() : makeCsvEncoder(crew),
+                                               diagnostics, progress);
+    });
+    if (result == Result::Interrupted) {
+        writer.abandon();
+        diagnostics.error("interrupted");
+        return Interrupted;
+    }
+    if (result == Result::OutputFailed || !table.finish()) {
         diagnostics.error(writer.describeError());
         return SomeFailed;
-    };
-    for (const std::string& file : options.files) {
-        diagnostics.beginInput(file);
-        const Outcome outcome = Interrupt::requested() ? Outcome::Interrupted : featureRun.add(file);
-        diagnostics.endInput();
-        if (outcome == Outcome::Interrupted) {
-            writer.abandon();
-            diagnostics.error("interrupted");
-            return Interrupted;
-        }
-        if (outcome == Outcome::OutputFailed) {
-            return outputFailed();
-        }
-        isAllDone = isAllDone && outcome == Outcome::Done;
     }
-    if (!featureRun.finish()) {
-        return outputFailed();
-    }
-    return isAllDone ? AllDone : SomeFailed;
+    return isAllDone && result == Result::AllDone ? AllDone : SomeFailed;
 }
 
 // Writes the files that say what is done.

@@ -108,8 +108,7 @@ std::optional<AudioInfo> inspect(const std::string& name, Diagnostics& diagnosti
     }
     Audio::AudioFileReader reader;
     reader.setNbOfFramesToRead(c_uiChunkFrames);
-    if (!reader.setSourceAudioFile(input.path().c_str())) {
-        diagnostics.error("cannot be opened");
+    if (!input.open(reader, diagnostics)) {
         return std::nullopt;
     }
     AudioInfo info;

@@ -1,4 +1,3 @@
-#include "features/RowPrinter.h"
 #include "features/TableWriter.h"
 #include "shell/Output.h"
 #include "shell/Text.h"
@@ -9,7 +8,7 @@ namespace {
 
 class CsvWriter : public TableWriter {
 public:
-    explicit CsvWriter(std::string path) : m_strPath(std::move(path)), m_printer(m_output) {}
+    explicit CsvWriter(std::string path) : m_strPath(std::move(path)) {}
 
     bool open() override { return m_output.open(m_strPath); }
 
@@ -22,42 +21,28 @@ public:
         return m_output.write(header.data(), header.size());
     }
 
-    bool beginInput(const std::string& name, std::uint64_t) override {
-        const bool isWritten = m_printer.setRowStart(csvField(name) + ',');
+    bool beginInput(const std::string&, std::uint64_t) override {
         m_uiInputStart = m_output.position();
-        return isWritten;
-    }
-
-    bool addRows(std::span<const double> times, std::span<const Math::DoubleVector> rows) override {
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            if (!m_printer.add(times[i], rows[i])) {
-                return false;
-            }
-        }
         return true;
     }
 
-    void endInput() override {}
+    bool addRows(std::string_view bytes, std::size_t) override { return m_output.write(bytes.data(), bytes.size()); }
 
-    bool dropInput() override {
-        m_printer.forget();
-        return m_output.withdraw(m_uiInputStart);
-    }
+    void endInput(double) override {}
 
-    bool finish() override { return m_printer.drain() && m_output.commit(); }
+    bool canDrop() const override { return m_output.isFile(); }
 
-    void abandon() override {
-        if (m_printer.drain()) {
-            m_output.abandon();
-        }
-    }
+    bool dropInput() override { return m_output.withdraw(m_uiInputStart); }
+
+    bool finish() override { return m_output.commit(); }
+
+    void abandon() override { m_output.abandon(); }
 
     std::string describeError() const override { return m_output.describeError(); }
 
 private:
     std::string m_strPath;
     Output m_output;
-    RowPrinter m_printer;
     std::uint64_t m_uiInputStart = 0;
 };
 

@@ -78,6 +78,7 @@ po::options_description describeOptions(FeaturesOptions& options) {
          "write the window, the format and the columns to a file for --config; no FILE to analyse is needed then")  //
         ("save-computer", po::value(&options.saveComputer)->value_name("ARCHIVE"),
          "write an XML archive of a feature computer of the features; no FILE to analyse is needed then");
+    addBatchOptions(description, options.batch);
     addCommonOptions(description, options.log);
     return description;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "batch/BatchOptions.h"
 #include "features/Column.h"
 #include "shell/Diagnostics.h"
 #include "shell/Options.h"
@@ -25,6 +26,7 @@ struct FeaturesOptions {
     std::string config;        ///< a file that gave what arguments did not; "" for none
     std::string saveConfig;    ///< a file to write; "" for none
     std::string saveComputer;  ///< the same
+    BatchOptions batch;
     LogOptions log;
 };
 

@@ -1,4 +1,5 @@
 #include "Command.h"
+#include "features/RowEncoder.h"
 #include "features/TableWriter.h"
 #include "shell/Output.h"
 #include "shell/Text.h"
@@ -14,6 +15,9 @@ static_assert(std::endian::native == std::endian::little, "the matrix is written
 // Enough for the numbers of rows and columns whatever they are, and a multiple of 64, so that the values are aligned
 // when the file is mapped.
 constexpr std::size_t c_uiHeaderSize = 128;
+
+// Rows leave in pieces of about this size: large beside the cost of handing one over, small for the cache.
+constexpr std::size_t c_uiPieceNumbers = 8192;
 
 std::string npyHeader(std::uint64_t rows, std::size_t columns) {
     std::string header("\x93NUMPY\x01\x00", 8);
@@ -31,6 +35,37 @@ struct InputRows {
     std::uint64_t firstRow;
     std::uint64_t rowCount = 0;
     double firstTime = 0.0;
+};
+
+class NpyEncoder : public RowEncoder {
+public:
+    void begin(const std::string&, RowSink& sink) override {
+        m_pSink = &sink;
+        forget();
+    }
+
+    bool add(double, const Math::DoubleVector& values) override {
+        m_numbers.append(values);
+        ++m_uiRows;
+        return m_numbers.size() < c_uiPieceNumbers || drain();
+    }
+
+    bool drain() override {
+        const auto* const bytes = reinterpret_cast<const char*>(m_numbers.data());
+        const bool isTaken = m_uiRows == 0 || m_pSink->take({bytes, m_numbers.size() * sizeof(double)}, m_uiRows);
+        forget();
+        return isTaken;
+    }
+
+    void forget() override {
+        m_numbers.clear();
+        m_uiRows = 0;
+    }
+
+private:
+    RowSink* m_pSink = nullptr;
+    Math::DoubleVector m_numbers;
+    std::size_t m_uiRows = 0;
 };
 
 class NpyWriter : public TableWriter {
@@ -60,21 +95,17 @@ public:
         return true;
     }
 
-    bool addRows(std::span<const double> times, std::span<const Math::DoubleVector> rows) override {
-        InputRows& input = m_inputs.back();
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            if (input.rowCount == 0) {
-                input.firstTime = times[i];
-            }
-            if (!m_matrix.write(rows[i].data(), rows[i].size() * sizeof(double))) {
-                return false;
-            }
-            ++input.rowCount;
-        }
-        return true;
+    bool addRows(std::string_view bytes, std::size_t rows) override {
+        m_inputs.back().rowCount += rows;
+        return m_matrix.write(bytes.data(), bytes.size());
     }
 
-    void endInput() override { m_uiRows += m_inputs.back().rowCount; }
+    void endInput(double firstTime) override {
+        m_inputs.back().firstTime = firstTime;
+        m_uiRows += m_inputs.back().rowCount;
+    }
+
+    bool canDrop() const override { return true; }
 
     bool dropInput() override {
         m_inputs.pop_back();
@@ -132,6 +163,10 @@ private:
 };
 
 }  // namespace
+
+std::unique_ptr<RowEncoder> makeNpyEncoder() {
+    return std::make_unique<NpyEncoder>();
+}
 
 std::unique_ptr<TableWriter> makeNpyWriter(const std::string& path, const Audio::LinearAudioWindower::Config& config) {
     return std::make_unique<NpyWriter>(path, config);

@@ -1,17 +1,17 @@
 #pragma once
 
 #include <murvane/audio/input/AudioLinearWindower.h>
-#include <murvane/math/DoubleVector.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Zantrix::Cli {
 
-/// Writes a table of windows: a row per window, a column per value.
+/// Writes a table of windows: a row per window, a column per value. Rows come as bytes, see `RowEncoder`.
 ///
 /// Life: `open`; `begin` once the columns are known; for each input `beginInput`, `addRows`, and `endInput` or
 /// `dropInput`; `finish`. Without `begin` and `finish` no file appears. All operations return false when the output
@@ -26,14 +26,16 @@ public:
     /// Begins an input whose windows are cut at this sampling rate.
     virtual bool beginInput(const std::string& name, std::uint64_t rate) = 0;
 
-    /// Adds rows, each of as many values as there are columns.
-    ///
-    /// @param times  the audio time of each row in seconds
-    virtual bool addRows(std::span<const double> times, std::span<const Math::DoubleVector> rows) = 0;
+    virtual bool addRows(std::string_view bytes, std::size_t rows) = 0;
 
-    virtual void endInput() = 0;
+    /// @param firstTime  the audio time of the first row in seconds, if there is one
+    virtual void endInput(double firstTime) = 0;
 
-    /// Withdraws the rows of the current input; false, without an error, when some have left already.
+    /// Whether `dropInput` can be relied on.
+    virtual bool canDrop() const = 0;
+
+    /// Withdraws the rows of the current input, and the head of the table if this input brought it; false, without an
+    /// error, when some have left already.
     virtual bool dropInput() = 0;
 
     virtual bool finish() = 0;

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <boost/program_options/options_description.hpp>
+
+#include <cstdint>
+
+/// What all subcommands that run over many inputs can be told.
+namespace Zantrix::Cli {
+
+struct BatchOptions {
+    std::int64_t jobs = 0;  ///< how many threads work; 0: as many as there are processors
+
+    /// The number of threads.
+    unsigned threads() const;
+};
+
+/// Adds --jobs. Wrong values throw `UsageError` when they are parsed.
+void addBatchOptions(boost::program_options::options_description& description, BatchOptions& options);
+
+}  // namespace Zantrix::Cli
