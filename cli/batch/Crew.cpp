@@ -1,12 +1,12 @@
 #include "batch/Crew.h"
 
+#include "batch/Arenas.h"
 #include "shell/Interrupt.h"
 
 #include <algorithm>
 #include <chrono>
-#include <oneapi/tbb/global_control.h>
 #include <oneapi/tbb/info.h>
-#include <oneapi/tbb/task_arena.h>
+#include <utility>
 
 namespace Zantrix::Cli {
 
@@ -15,30 +15,6 @@ namespace {
 constexpr std::chrono::milliseconds c_watchInterval(100);
 
 }  // namespace
-
-// One arena for each group of threads, so that no more threads start than have something to do.
-class Crew::Arenas {
-public:
-    explicit Arenas(unsigned size) : m_limit(tbb::global_control::max_allowed_parallelism, size + 1) {}
-    ~Arenas() {
-        m_arenas.clear();
-        tbb::finalize(m_handle, std::nothrow);
-    }
-    Arenas(const Arenas&) = delete;
-    Arenas& operator=(const Arenas&) = delete;
-
-    void start(unsigned count, const std::function<void()>& work) {
-        tbb::task_arena& arena = m_arenas.emplace_back(static_cast<int>(count), 0U);
-        for (unsigned i = 0; i < count; ++i) {
-            arena.enqueue(work);
-        }
-    }
-
-private:
-    tbb::task_scheduler_handle m_handle{tbb::attach{}};
-    tbb::global_control m_limit;
-    std::deque<tbb::task_arena> m_arenas;
-};
 
 Crew::Crew(unsigned size) : m_uiSize(std::max(size, 1U)), m_uiSpare(m_uiSize - 1) {}
 
@@ -145,17 +121,24 @@ void Crew::start(unsigned count, const std::function<void()>& work) {
     {
         const std::lock_guard lock(m_mutex);
         m_uiThreads += count;
+        m_toStart.insert(m_toStart.end(), count, work);
         if (!m_pArenas) {
             m_pArenas = std::make_unique<Arenas>(m_uiSize);
         }
     }
     const Interrupt::Shield shield;
-    m_pArenas->start(count, [this, work] {
-        work();
-        const std::lock_guard lock(m_mutex);
-        --m_uiThreads;
-        m_ended.notify_all();
-    });
+    m_pArenas->start(count, *this);
+}
+
+void Crew::runThread() {
+    std::unique_lock lock(m_mutex);
+    const std::function<void()> work = std::move(m_toStart.front());
+    m_toStart.pop_front();
+    lock.unlock();
+    work();
+    lock.lock();
+    --m_uiThreads;
+    m_ended.notify_all();
 }
 
 }  // namespace Zantrix::Cli

@@ -12,6 +12,8 @@
 
 namespace Zantrix::Cli {
 
+class Arenas;
+
 /// Work that falls into parts, any of which a thread without other work can do.
 class SharedWork {
 public:
@@ -37,8 +39,8 @@ public:
 
     unsigned size() const { return m_uiSize; }
 
-    /// Has `count` threads do `work`, each all of it, and meanwhile calls `watch` on this thread, at once and ten times a second.
-    /// What `work` throws first is thrown here; `onThrow` is called at once, so that the others end, too.
+    /// Has `count` threads do `work`, each all of it, and meanwhile calls `watch` on this thread, at once and ten times
+    /// a second. What `work` throws first is thrown here; `onThrow` is called at once, so that the others end, too.
     void run(unsigned count, const std::function<void()>& work, const std::function<void()>& watch,
              const std::function<void()>& onThrow);
 
@@ -59,9 +61,10 @@ public:
     /// As many threads as this process may use at once.
     static unsigned processors();
 
-private:
-    class Arenas;
+    /// For a thread that was started: does what it was started for.
+    void runThread();
 
+private:
     void start(unsigned count, const std::function<void()>& work);
     void work(const std::function<void()>& work, const std::function<void()>& onThrow);
 
@@ -73,6 +76,7 @@ private:
     std::mutex m_mutex;                 // guards what follows
     std::condition_variable m_changed;  // for threads that wait
     std::condition_variable m_ended;    // for the one that leads
+    std::deque<std::function<void()>> m_toStart;
     std::deque<std::shared_ptr<SharedWork>> m_offers;
     std::vector<pthread_t> m_workers;  // in `work`
     unsigned m_uiWorkers = 0;          // their number, counting those that are still to start
