@@ -50,12 +50,13 @@ constexpr const char* c_szHelpRest =
     "  murvane-audio features call.wav --config call.conf\n"
     "  murvane-audio features --feature 'MAXSPECTRALRANGES(350,440)_SPECTRUM' --format npy -o tones.npy -- *.wav\n";
 
-int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics, TableWriter& writer) {
+int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics, TableWriter& writer,
+        FailureList& failures) {
     using Result = BatchRun::Result;
     Progress progress(diagnostics, options.files, options.path.empty());
     FeatureTable table(writer);
     Crew crew(options.batch.threads());
-    BatchRun batch(options.files, crew, diagnostics, progress);
+    BatchRun batch(options.files, crew, failures, diagnostics, progress);
     const Result result = batch.run([&]() -> std::unique_ptr<BatchWorker> {
         return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table,
                                                options.format == "npy" ? makeNpyEncoder() : makeCsvEncoder(crew),
@@ -129,11 +130,21 @@ int runFeatures(const std::vector<std::string>& arguments) {
     }
     const std::unique_ptr<TableWriter> writer =
         options.format == "npy" ? makeNpyWriter(options.path, windowConfig(options)) : makeCsvWriter(options.path);
+    FailureList failures;
     if (!writer->open()) {
         diagnostics.error(writer->describeError());
         return SomeFailed;
     }
-    return run(options, isSetWhole, diagnostics, *writer);
+    if (!failures.open(options.batch.failures)) {
+        diagnostics.error(failures.describeError());
+        return SomeFailed;
+    }
+    const int exitCode = run(options, isSetWhole, diagnostics, *writer, failures);
+    if (!failures.finish()) {
+        diagnostics.error(failures.describeError());
+        return exitCode == AllDone ? SomeFailed : exitCode;
+    }
+    return exitCode;
 }
 
 }  // namespace Zantrix::Cli

@@ -29,7 +29,9 @@ unsigned BatchOptions::threads() const {
 void addBatchOptions(po::options_description& description, BatchOptions& options) {
     description.add_options()  //
         ("jobs,j", po::value(&options.jobs)->value_name("N")->notifier(&checkJobs),
-         "use so many threads (default: one for each processor); the output is the same");
+         "use so many threads (default: one for each processor); the output is the same")  //
+        ("failures", po::value(&options.failures)->value_name("FILE"),
+         "write a line for each input that failed: its name, a tab and why; an empty file when none did");
 }
 
 }  // namespace Zantrix::Cli

@@ -3,6 +3,7 @@
 #include <boost/program_options/options_description.hpp>
 
 #include <cstdint>
+#include <string>
 
 /// What all subcommands that run over many inputs can be told.
 namespace Zantrix::Cli {
@@ -10,11 +11,13 @@ namespace Zantrix::Cli {
 struct BatchOptions {
     std::int64_t jobs = 0;  ///< how many threads work; 0: as many as there are processors
 
+    std::string failures;  ///< a file to write; "" for none
+
     /// The number of threads.
     unsigned threads() const;
 };
 
-/// Adds --jobs. Wrong values throw `UsageError` when they are parsed.
+/// Adds --jobs and --failures. Wrong values throw `UsageError` when they are parsed.
 void addBatchOptions(boost::program_options::options_description& description, BatchOptions& options);
 
 }  // namespace Zantrix::Cli

@@ -33,10 +33,12 @@ private:
     std::unique_ptr<Delivery> m_pDelivery;
 };
 
-BatchRun::BatchRun(const std::vector<std::string>& inputs, Crew& crew, Diagnostics& diagnostics, Progress& progress)
+BatchRun::BatchRun(const std::vector<std::string>& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics,
+                   Progress& progress)
     : m_inputs(inputs),
       m_crew(crew),
       m_uiThreads(static_cast<unsigned>(std::clamp<std::size_t>(inputs.size(), 1, crew.size()))),
+      m_failures(failures),
       m_diagnostics(diagnostics),
       m_progress(progress),
       m_store(c_uiBytesAhead * m_uiThreads),
@@ -88,9 +90,13 @@ void BatchRun::work(BatchWorker& worker) {
     }
 }
 
-void BatchRun::finish(const std::string&, Delivery* pDelivery) {
+void BatchRun::finish(const std::string& name, Delivery* pDelivery) {
     const Outcome outcome = pDelivery == nullptr ? Outcome::InputFailed : pDelivery->deliver();
     m_bAllDone = m_bAllDone && outcome == Outcome::Done;
+    if (outcome == Outcome::InputFailed) {
+        const std::string& why = m_diagnostics.input().why;
+        m_failures.add(name, why.empty() ? "not told at this log level" : why);
+    }
     if (outcome == Outcome::OutputFailed) {
         m_bOutputFailed = true;
         m_turns.stop();

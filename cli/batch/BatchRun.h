@@ -1,6 +1,7 @@
 #pragma once
 
 #include "batch/Crew.h"
+#include "batch/FailureList.h"
 #include "batch/HeldBytes.h"
 #include "batch/Turns.h"
 #include "shell/Diagnostics.h"
@@ -60,7 +61,8 @@ class BatchRun {
 public:
     enum class Result { AllDone, SomeFailed, OutputFailed, Interrupted };
 
-    BatchRun(const std::vector<std::string>& inputs, Crew& crew, Diagnostics& diagnostics, Progress& progress);
+    BatchRun(const std::vector<std::string>& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics,
+             Progress& progress);
 
     /// Has all inputs done. With a crew of one, or one input, this thread does everything.
     ///
@@ -76,6 +78,7 @@ private:
     const std::vector<std::string>& m_inputs;
     Crew& m_crew;
     unsigned m_uiThreads;
+    FailureList& m_failures;  // in turn only
     Diagnostics& m_diagnostics;
     Progress& m_progress;
     ByteStore m_store;

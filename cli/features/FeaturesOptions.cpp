@@ -114,7 +114,7 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
 void protectInputs(const FeaturesOptions& options) {
     std::vector<std::string> inputs = options.files;
     inputs.push_back(options.audioSet);
-    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer};
+    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer, options.batch.failures};
     if (options.format == "npy") {
         outputs.push_back(options.path + ".json");
     }
