@@ -7,7 +7,7 @@
 #include "features/FeatureWorker.h"
 #include "features/FeaturesConfig.h"
 #include "features/FeaturesOptions.h"
-#include "shell/AudioSet.h"
+#include "shell/InputNames.h"
 #include "shell/Interrupt.h"
 #include "shell/SmallFile.h"
 
@@ -28,7 +28,9 @@ constexpr const char* c_szHelpRest =
     "existing file, or has a '.' or '/', is a FILE, and so are those behind it. Write ./NAME for a file called like\n"
     "a feature. All arguments behind '--' are files. 'murvane-audio list' names the features.\n\n"
     "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
-    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA.\n\n"
+    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place of\n"
+    "a FILE, '-' takes such lines from standard input; relative names are then those of the working directory. Behind\n"
+    "'--', '-' is a file.\n\n"
     "A formula is made of numbers, x (the window), + - * / and ( ), element by element, and of functions, which\n"
     "'murvane-audio list' names. Its column is called NAME, or by the text of the formula.\n\n"
     "CSV has the columns file, time (the end of the window, in seconds) and one for each value: NAME for a feature\n"
@@ -44,19 +46,23 @@ constexpr const char* c_szHelpRest =
     "Examples:\n"
     "  murvane-audio features call.wav --feature SPECTRUM100HZ\n"
     "  murvane-audio features *.wav --feature FLATNESS_SPECTRUM ZEROCROSSINGRATE --output calls.csv\n"
+    "  find calls -name '*.wav' | murvane-audio features - --feature MEAN --output calls.csv --failures failed.txt\n"
     "  murvane-audio features call.wav --feature MEAN --expr 'busy=spectralRange(spectrum(x), frequencyHz=480, "
     "widthHz=20)'\n"
     "  murvane-audio features --feature MEAN FLATNESS_SPECTRUM --window-ms 64 --save-config call.conf\n"
     "  murvane-audio features call.wav --config call.conf\n"
     "  murvane-audio features --feature 'MAXSPECTRALRANGES(350,440)_SPECTRUM' --format npy -o tones.npy -- *.wav\n";
 
-int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics, TableWriter& writer,
+int run(const FeaturesOptions& options, const InputNames& inputs, Diagnostics& diagnostics, TableWriter& writer,
         FailureList& failures) {
     using Result = BatchRun::Result;
-    Progress progress(diagnostics, options.files, options.path.empty());
+    Progress progress(diagnostics, inputs, options.path.empty());
     FeatureTable table(writer);
+    for (const std::string& list : inputs.unreadable()) {
+        failures.add(list, "cannot be read");
+    }
     Crew crew(options.batch.threads());
-    BatchRun batch(options.files, crew, failures, diagnostics, progress);
+    BatchRun batch(inputs, crew, failures, diagnostics, progress);
     const Result result = batch.run([&]() -> std::unique_ptr<BatchWorker> {
         return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table,
                                                options.format == "npy" ? makeNpyEncoder() : makeCsvEncoder(crew),
@@ -71,7 +77,12 @@ int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics
         diagnostics.error(writer.describeError());
         return SomeFailed;
     }
-    return isAllDone && result == Result::AllDone ? AllDone : SomeFailed;
+    return inputs.unreadable().empty() && result == Result::AllDone ? AllDone : SomeFailed;
+}
+
+int noInputs(Diagnostics& diagnostics) {
+    diagnostics.error(Interrupt::requested() ? "interrupted" : "no file to process");
+    return Interrupt::requested() ? Interrupted : SomeFailed;
 }
 
 // Writes the files that say what is done.
@@ -102,31 +113,30 @@ int runFeatures(const std::vector<std::string>& arguments) {
     const std::vector<std::string> expanded =
         expandFeatureArguments(arguments, [&](const std::string& name) { return featureNames.isKnown(name); });
     std::vector<GivenOption> given;
-    const po::variables_map values = parseArguments(expanded, description, options.files, &given);
+    const po::variables_map values = parseArguments(expanded, description, options.inputs.files, &given);
     if (values.count("help") != 0) {
         printHelp(c_szUsage, description, c_szHelpRest);
         return AllDone;
     }
+    options.inputs.behindDashes = countBehindDashes(expanded);
     if (values.count("config") != 0) {
         readConfig(options.config, featureNames, options);
         // Once more: what arguments say holds.
-        parseArguments(expanded, description, options.files);
+        parseArguments(expanded, description, options.inputs.files);
     }
     if (std::vector<Column> columns = collectColumns(given); !columns.empty()) {
         options.columns = std::move(columns);
     }
     checkOptions(options, featureNames);
     Diagnostics diagnostics(options.log);
-    const bool isSetWhole = options.audioSet.empty() || appendAudioSet(options.audioSet, options.files, diagnostics);
-    protectInputs(options);
+    InputNames inputs;
+    inputs.gather(options.inputs, diagnostics);
+    protectInputs(options, inputs);
     if (!save(options, diagnostics)) {
         return SomeFailed;
     }
-    if (options.files.empty()) {
-        if (!options.audioSet.empty()) {
-            diagnostics.error("no file to process");
-        }
-        return options.audioSet.empty() ? AllDone : SomeFailed;
+    if (inputs.isEmpty()) {
+        return options.inputs.isEmpty() ? AllDone : noInputs(diagnostics);
     }
     const std::unique_ptr<TableWriter> writer =
         options.format == "npy" ? makeNpyWriter(options.path, windowConfig(options)) : makeCsvWriter(options.path);
@@ -139,7 +149,7 @@ int runFeatures(const std::vector<std::string>& arguments) {
         diagnostics.error(failures.describeError());
         return SomeFailed;
     }
-    const int exitCode = run(options, isSetWhole, diagnostics, *writer, failures);
+    const int exitCode = run(options, inputs, diagnostics, *writer, failures);
     if (!failures.finish()) {
         diagnostics.error(failures.describeError());
         return exitCode == AllDone ? SomeFailed : exitCode;

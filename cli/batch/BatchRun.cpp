@@ -18,22 +18,22 @@ constexpr std::size_t c_uiBytesAhead = std::size_t(8) << 20;
 
 class BatchRun::InputParcel : public Parcel {
 public:
-    InputParcel(BatchRun& run, const std::string& name, InputMessages messages, std::unique_ptr<Delivery> pDelivery)
-        : m_run(run), m_name(name), m_messages(std::move(messages)), m_pDelivery(std::move(pDelivery)) {}
+    InputParcel(BatchRun& run, std::size_t input, InputMessages messages, std::unique_ptr<Delivery> pDelivery)
+        : m_run(run), m_uiInput(input), m_messages(std::move(messages)), m_pDelivery(std::move(pDelivery)) {}
 
     void deliver() override {
         m_run.m_diagnostics.takeOver(std::move(m_messages));
-        m_run.finish(m_name, m_pDelivery.get());
+        m_run.finish(m_uiInput, m_pDelivery.get());
     }
 
 private:
     BatchRun& m_run;
-    const std::string& m_name;
+    std::size_t m_uiInput;
     InputMessages m_messages;
     std::unique_ptr<Delivery> m_pDelivery;
 };
 
-BatchRun::BatchRun(const std::vector<std::string>& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics,
+BatchRun::BatchRun(const InputNames& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics,
                    Progress& progress)
     : m_inputs(inputs),
       m_crew(crew),
@@ -72,30 +72,39 @@ void BatchRun::work(BatchWorker& worker) {
             m_turns.stop();
             return;
         }
-        const std::string& name = m_inputs[*input];
         Turn turn(m_turns, m_store, *input);
-        m_diagnostics.beginInput(name);
-        if (!turn.hasCome()) {
-            m_diagnostics.hold();
-        }
-        m_progress.beginInput(name, 0.0);
-        std::unique_ptr<Delivery> pDelivery = worker.process(name, turn);
-        m_progress.endInput();
+        std::unique_ptr<Delivery> pDelivery = process(worker, *input, turn);
         InputMessages messages = m_diagnostics.handOver();
         if (Interrupt::requested()) {
             m_turns.stop();
             return;
         }
-        m_turns.pass(*input, std::make_unique<InputParcel>(*this, name, std::move(messages), std::move(pDelivery)));
+        m_turns.pass(*input, std::make_unique<InputParcel>(*this, *input, std::move(messages), std::move(pDelivery)));
     }
 }
 
-void BatchRun::finish(const std::string& name, Delivery* pDelivery) {
+std::unique_ptr<Delivery> BatchRun::process(BatchWorker& worker, std::size_t input, Turn& turn) {
+    m_diagnostics.beginInput(m_inputs.teller(input));
+    if (!turn.hasCome()) {
+        m_diagnostics.hold();
+    }
+    const std::optional<std::string> file = m_inputs.find(input, m_diagnostics);
+    if (!file) {
+        return nullptr;
+    }
+    m_diagnostics.renameInput(*file);
+    m_progress.beginInput(*file, 0.0);
+    std::unique_ptr<Delivery> pDelivery = worker.process(*file, turn);
+    m_progress.endInput();
+    return pDelivery;
+}
+
+void BatchRun::finish(std::size_t input, Delivery* pDelivery) {
     const Outcome outcome = pDelivery == nullptr ? Outcome::InputFailed : pDelivery->deliver();
     m_bAllDone = m_bAllDone && outcome == Outcome::Done;
     if (outcome == Outcome::InputFailed) {
         const std::string& why = m_diagnostics.input().why;
-        m_failures.add(name, why.empty() ? "not told at this log level" : why);
+        m_failures.add(m_inputs.given(input), why.empty() ? "not told at this log level" : why);
     }
     if (outcome == Outcome::OutputFailed) {
         m_bOutputFailed = true;

@@ -5,13 +5,13 @@
 #include "batch/HeldBytes.h"
 #include "batch/Turns.h"
 #include "shell/Diagnostics.h"
+#include "shell/InputNames.h"
 #include "shell/Progress.h"
 
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 /// Runs over many inputs: several at a time, with the same results, in the same order, as one after the other.
 namespace Zantrix::Cli {
@@ -54,15 +54,14 @@ public:
     /// of the run. To be left soon once `Interrupt::requested()`, with anything.
     ///
     /// @return what remains for the turn; null for an input that failed and leaves nothing
-    virtual std::unique_ptr<Delivery> process(const std::string& name, Turn& turn) = 0;
+    virtual std::unique_ptr<Delivery> process(const std::string& file, Turn& turn) = 0;
 };
 
 class BatchRun {
 public:
     enum class Result { AllDone, SomeFailed, OutputFailed, Interrupted };
 
-    BatchRun(const std::vector<std::string>& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics,
-             Progress& progress);
+    BatchRun(const InputNames& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics, Progress& progress);
 
     /// Has all inputs done. With a crew of one, or one input, this thread does everything.
     ///
@@ -73,9 +72,10 @@ private:
     class InputParcel;
 
     void work(BatchWorker& worker);
-    void finish(const std::string& name, Delivery* pDelivery);
+    std::unique_ptr<Delivery> process(BatchWorker& worker, std::size_t input, Turn& turn);
+    void finish(std::size_t input, Delivery* pDelivery);
 
-    const std::vector<std::string>& m_inputs;
+    const InputNames& m_inputs;
     Crew& m_crew;
     unsigned m_uiThreads;
     FailureList& m_failures;  // in turn only

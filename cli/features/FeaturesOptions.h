@@ -3,6 +3,7 @@
 #include "batch/BatchOptions.h"
 #include "features/Column.h"
 #include "shell/Diagnostics.h"
+#include "shell/InputNames.h"
 #include "shell/Options.h"
 
 #include <murvane/audio/input/AudioLinearWindower.h>
@@ -15,8 +16,7 @@ namespace Zantrix::Cli {
 
 /// What a run of 'murvane-audio features' is to do.
 struct FeaturesOptions {
-    std::vector<std::string> files;
-    std::string audioSet;  ///< a list of more files; "" for none
+    InputArguments inputs;
     std::vector<Column> columns;
     std::int64_t windowMs = 32;
     std::int64_t overlapMs = 16;
@@ -30,7 +30,7 @@ struct FeaturesOptions {
     LogOptions log;
 };
 
-/// The options as arguments; what they hold goes to `options`, all but files and columns.
+/// The options as arguments; what they hold goes to `options`, all but operands and columns.
 boost::program_options::options_description describeOptions(FeaturesOptions& options);
 
 /// The columns that arguments ask for, in their order; those of archived computers where these stand.
@@ -46,7 +46,7 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
 /// Makes sure that no output replaces an input or another output; after the audio set was read.
 ///
 /// @throw UsageError  naming the file
-void protectInputs(const FeaturesOptions& options);
+void protectInputs(const FeaturesOptions& options, const InputNames& inputs);
 
 /// How to cut windows; the sampling rate is that of each input.
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options);

@@ -148,6 +148,12 @@ void Diagnostics::endInput() {
     handOver();
 }
 
+void Diagnostics::renameInput(const std::string& name) {
+    InputMessages messages = handOver();
+    messages.name = name.empty() ? "''" : name;
+    takeOver(std::move(messages));
+}
+
 const InputMessages& Diagnostics::input() const {
     return t_input;
 }

@@ -54,6 +54,9 @@ public:
     /// Also tells how often messages that were printed once came again.
     void endInput();
 
+    /// Calls the input of this thread by another name from now on.
+    void renameInput(const std::string& name);
+
     /// The input of this thread and what was said of it so far.
     const InputMessages& input() const;
 

@@ -12,6 +12,9 @@ namespace Zantrix::Cli {
 
 namespace {
 
+// The sizes of more inputs than these are not asked for: that would take its time, and their number is as good.
+constexpr std::size_t c_uiMaxLookedAt = 1000;
+
 // A line that wraps could not be removed.
 std::size_t terminalWidth() {
     struct winsize size {};
@@ -50,15 +53,24 @@ thread_local Current t_current;
 
 }  // namespace
 
-Progress::Progress(Diagnostics& diagnostics, const std::vector<std::string>& inputs, bool resultsOnScreen)
-    : m_diagnostics(diagnostics), m_owner(std::this_thread::get_id()), m_uiInputs(inputs.size()) {
+Progress::Progress(Diagnostics& diagnostics, std::size_t inputs, bool resultsOnScreen)
+    : m_diagnostics(diagnostics), m_owner(std::this_thread::get_id()), m_uiInputs(inputs) {
     m_bShown = ::isatty(STDERR_FILENO) != 0 && !(resultsOnScreen && ::isatty(STDOUT_FILENO) != 0);
-    if (m_bShown) {
-        for (const std::string& input : inputs) {
-            m_dBytes += static_cast<double>(fileBytes(input));
-        }
-    }
     m_start = m_nextDraw = Clock::now();
+}
+
+Progress::Progress(Diagnostics& diagnostics, const std::vector<std::string>& inputs, bool resultsOnScreen)
+    : Progress(diagnostics, inputs.size(), resultsOnScreen) {
+    if (m_bShown && m_uiInputs <= c_uiMaxLookedAt) {
+        std::for_each(inputs.begin(), inputs.end(), [this](const std::string& input) { addBytes(input); });
+    }
+}
+
+Progress::Progress(Diagnostics& diagnostics, const InputNames& inputs, bool resultsOnScreen)
+    : Progress(diagnostics, inputs.size(), resultsOnScreen) {
+    for (std::size_t i = 0; m_bShown && m_uiInputs <= c_uiMaxLookedAt && i < inputs.size(); ++i) {
+        addBytes(inputs.findQuietly(i).value_or(""));
+    }
 }
 
 Progress::~Progress() {
@@ -88,6 +100,10 @@ void Progress::count(double seconds) {
     t_current.bytesDone = share * t_current.bytes;
 }
 
+void Progress::addBytes(const std::string& input) {
+    m_dBytes += static_cast<double>(fileBytes(input));
+}
+
 void Progress::add(std::atomic<double>& sum, double value) {
     sum.fetch_add(value, std::memory_order_relaxed);
 }
@@ -108,8 +124,10 @@ void Progress::draw() {
     if (elapsed > 0.0 && seconds > 0.0) {
         line += formatted(", %.0f x real time", seconds / elapsed);
     }
-    if (m_dBytesDone > 0.0 && elapsed > 0.0) {
-        line += ", " + clock(elapsed * (m_dBytes / m_dBytesDone - 1.0)) + " left";
+    const double all = m_dBytes > 0.0 ? m_dBytes : static_cast<double>(m_uiInputs);
+    const double done = m_dBytes > 0.0 ? m_dBytesDone.load() : static_cast<double>(m_uiInputsDone);
+    if (done > 0.0 && elapsed > 0.0) {
+        line += ", " + clock(elapsed * (all / done - 1.0)) + " left";
     }
     m_diagnostics.status(line.substr(0, terminalWidth()));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/Diagnostics.h"
+#include "shell/InputNames.h"
 
 #include <atomic>
 #include <chrono>
@@ -20,6 +21,7 @@ public:
     /// @param inputs          the names of all inputs
     /// @param resultsOnScreen  whether results go to the terminal, where a line among them would be in the way
     Progress(Diagnostics& diagnostics, const std::vector<std::string>& inputs, bool resultsOnScreen);
+    Progress(Diagnostics& diagnostics, const InputNames& inputs, bool resultsOnScreen);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -43,6 +45,9 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    Progress(Diagnostics& diagnostics, std::size_t inputs, bool resultsOnScreen);
+
+    void addBytes(const std::string& input);
     static void add(std::atomic<double>& sum, double value);
     void count(double seconds);
 
@@ -52,7 +57,7 @@ private:
     Clock::time_point m_start;
     Clock::time_point m_nextDraw;
     std::size_t m_uiInputs;
-    double m_dBytes = 0.0;
+    double m_dBytes = 0.0;  // 0: not known
     std::atomic<std::size_t> m_uiInputsDone = 0;
     std::atomic<double> m_dBytesDone = 0.0;
     std::atomic<double> m_dSecondsDone = 0.0;  // of audio
