@@ -28,7 +28,8 @@ constexpr const char* c_szHelpRest =
     "existing file, or has a '.' or '/', is a FILE, and so are those behind it. Write ./NAME for a file called like\n"
     "a feature. All arguments behind '--' are files. 'murvane-audio list' names the features.\n\n"
     "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
-    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place of\n"
+    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place "
+    "of\n"
     "a FILE, '-' takes such lines from standard input; relative names are then those of the working directory. Behind\n"
     "'--', '-' is a file.\n\n"
     "A formula is made of numbers, x (the window), + - * / and ( ), element by element, and of functions, which\n"
@@ -53,16 +54,24 @@ constexpr const char* c_szHelpRest =
     "  murvane-audio features call.wav --config call.conf\n"
     "  murvane-audio features --feature 'MAXSPECTRALRANGES(350,440)_SPECTRUM' --format npy -o tones.npy -- *.wav\n";
 
+TableTarget targetOf(const FeaturesOptions& options, const ListIdentity& list) {
+    TableTarget target;
+    target.path = options.path;
+    target.definition = {options.format, options.columns, static_cast<std::uint64_t>(options.windowMs),
+                         static_cast<std::uint64_t>(options.overlapMs), options.suppressDc};
+    target.inputs = {list, options.batch.shard};
+    target.hasManifest = hasManifest(options);
+    return target;
+}
+
 int run(const FeaturesOptions& options, const InputNames& inputs, Diagnostics& diagnostics, TableWriter& writer,
         FailureList& failures) {
     using Result = BatchRun::Result;
     Progress progress(diagnostics, inputs, options.path.empty());
     FeatureTable table(writer);
-    for (const std::string& list : inputs.unreadable()) {
-        failures.add(list, "cannot be read");
-    }
     Crew crew(options.batch.threads());
     BatchRun batch(inputs, crew, failures, diagnostics, progress);
+    batch.onFailed = [&](const std::string& name) { return table.addFailed(name); };
     const Result result = batch.run([&]() -> std::unique_ptr<BatchWorker> {
         return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table,
                                                options.format == "npy" ? makeNpyEncoder() : makeCsvEncoder(crew),
@@ -80,9 +89,24 @@ int run(const FeaturesOptions& options, const InputNames& inputs, Diagnostics& d
     return inputs.unreadable().empty() && result == Result::AllDone ? AllDone : SomeFailed;
 }
 
-int noInputs(Diagnostics& diagnostics) {
-    diagnostics.error(Interrupt::requested() ? "interrupted" : "no file to process");
-    return Interrupt::requested() ? Interrupted : SomeFailed;
+// Does the part of the inputs that is asked for.
+int process(const FeaturesOptions& options, InputNames& inputs, Diagnostics& diagnostics, FailureList& failures) {
+    for (const std::string& list : inputs.unreadable()) {
+        failures.add(list, "cannot be read");
+    }
+    if (inputs.isEmpty()) {
+        diagnostics.error(Interrupt::requested() ? "interrupted" : "no file to process");
+        return Interrupt::requested() ? Interrupted : SomeFailed;
+    }
+    TableWriter writer(targetOf(options, inputs.identity()));
+    if (!writer.open()) {
+        diagnostics.error(writer.describeError());
+        return SomeFailed;
+    }
+    if (const auto& shard = options.batch.shard) {
+        inputs.keep(shard->first(inputs.size()), shard->end(inputs.size()));
+    }
+    return run(options, inputs, diagnostics, writer, failures);
 }
 
 // Writes the files that say what is done.
@@ -135,21 +159,15 @@ int runFeatures(const std::vector<std::string>& arguments) {
     if (!save(options, diagnostics)) {
         return SomeFailed;
     }
-    if (inputs.isEmpty()) {
-        return options.inputs.isEmpty() ? AllDone : noInputs(diagnostics);
+    if (options.inputs.isEmpty()) {
+        return AllDone;
     }
-    const std::unique_ptr<TableWriter> writer =
-        options.format == "npy" ? makeNpyWriter(options.path, windowConfig(options)) : makeCsvWriter(options.path);
     FailureList failures;
-    if (!writer->open()) {
-        diagnostics.error(writer->describeError());
-        return SomeFailed;
-    }
     if (!failures.open(options.batch.failures)) {
         diagnostics.error(failures.describeError());
         return SomeFailed;
     }
-    const int exitCode = run(options, inputs, diagnostics, *writer, failures);
+    const int exitCode = process(options, inputs, diagnostics, failures);
     if (!failures.finish()) {
         diagnostics.error(failures.describeError());
         return exitCode == AllDone ? SomeFailed : exitCode;

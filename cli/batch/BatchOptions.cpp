@@ -31,7 +31,11 @@ void addBatchOptions(po::options_description& description, BatchOptions& options
         ("jobs,j", po::value(&options.jobs)->value_name("N")->notifier(&checkJobs),
          "use so many threads (default: one for each processor); the output is the same")  //
         ("failures", po::value(&options.failures)->value_name("FILE"),
-         "write a line for each input that failed: its name, a tab and why; an empty file when none did");
+         "write a line for each input that failed: its name, a tab and why; an empty file when none did")  //
+        ("shard", po::value<std::string>()->value_name("I/N")->notifier([&options](const std::string& text) {
+            options.shard = parseShard(text);
+        }),
+         "work on the I-th of N parts of the inputs only, by their positions; each input is in one part");
 }
 
 }  // namespace Zantrix::Cli

@@ -100,11 +100,13 @@ std::unique_ptr<Delivery> BatchRun::process(BatchWorker& worker, std::size_t inp
 }
 
 void BatchRun::finish(std::size_t input, Delivery* pDelivery) {
-    const Outcome outcome = pDelivery == nullptr ? Outcome::InputFailed : pDelivery->deliver();
+    Outcome outcome = pDelivery == nullptr ? Outcome::InputFailed : pDelivery->deliver();
     m_bAllDone = m_bAllDone && outcome == Outcome::Done;
     if (outcome == Outcome::InputFailed) {
         const std::string& why = m_diagnostics.input().why;
-        m_failures.add(m_inputs.given(input), why.empty() ? "not told at this log level" : why);
+        const std::string name = m_inputs.given(input);
+        m_failures.add(name, why.empty() ? "not told at this log level" : why);
+        outcome = onFailed && !onFailed(name) ? Outcome::OutputFailed : outcome;
     }
     if (outcome == Outcome::OutputFailed) {
         m_bOutputFailed = true;

@@ -63,6 +63,9 @@ public:
 
     BatchRun(const InputNames& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics, Progress& progress);
 
+    /// To be called in the turn of each input that failed, with its name; false tells that the output failed.
+    std::function<bool(const std::string& name)> onFailed;
+
     /// Has all inputs done. With a crew of one, or one input, this thread does everything.
     ///
     /// @param makeWorker  called on each thread that works

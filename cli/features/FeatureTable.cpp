@@ -21,12 +21,12 @@ bool FeatureTable::addRows(const TableInput& input, std::string_view bytes, std:
     return (m_bBegun || begin(input.pColumns)) && m_writer.addRows(bytes, rows);
 }
 
-void FeatureTable::endInput(const TableInput& input) {
-    m_writer.endInput(input.firstTime);
+bool FeatureTable::endInput(const TableInput& input) {
     m_bAnyDone = true;
     if (!m_pColumns) {
         m_pColumns = input.pColumns;
     }
+    return m_writer.endInput(input.firstTime);
 }
 
 bool FeatureTable::dropInput() {
@@ -40,11 +40,11 @@ bool FeatureTable::dropInput() {
 }
 
 bool FeatureTable::finish() {
-    if (!m_bAnyDone) {
+    if (!m_bAnyDone && !m_writer.wantsEmpty()) {
         m_writer.abandon();
         return true;
     }
-    return (m_bBegun || begin(m_pColumns)) && m_writer.finish();
+    return (m_bBegun || !m_bAnyDone || begin(m_pColumns)) && m_writer.finish();
 }
 
 bool FeatureTable::begin(const std::shared_ptr<const FeatureColumns>& pColumns) {

@@ -35,7 +35,7 @@ public:
     /// Adds rows to the input begun last, which fits.
     bool addRows(const TableInput& input, std::string_view bytes, std::size_t rows);
 
-    void endInput(const TableInput& input);
+    bool endInput(const TableInput& input);
 
     /// Whether rows that were added can be withdrawn in any case.
     bool canDrop() const { return m_writer.canDrop(); }
@@ -43,7 +43,10 @@ public:
     /// Withdraws the rows of the input begun last; false when some have left already.
     bool dropInput();
 
-    /// Ends the table; without an input that was done there is none.
+    /// Tells of an input that failed.
+    bool addFailed(const std::string& name) { return m_writer.addFailed(name); }
+
+    /// Ends the table; without an input that was done there is none, unless it is a shard.
     bool finish();
 
 private:

@@ -35,6 +35,9 @@ void checkOutputs(const FeaturesOptions& options) {
     if (options.format != "csv" && options.format != "npy") {
         throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
     }
+    if (options.batch.shard && options.path.empty()) {
+        throw UsageError("--shard needs --output PATH");
+    }
     if (options.format == "npy" && options.path.empty() && !options.inputs.isEmpty()) {
         throw UsageError("--format npy needs --output PATH");
     }
@@ -108,7 +111,7 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
 
 void protectInputs(const FeaturesOptions& options, const InputNames& inputs) {
     std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer, options.batch.failures};
-    if (options.format == "npy") {
+    if (hasManifest(options)) {
         outputs.push_back(options.path + ".json");
     }
     inputs.refuseToOverwrite(outputs);
@@ -118,6 +121,10 @@ void protectInputs(const FeaturesOptions& options, const InputNames& inputs) {
             throw UsageError("two outputs would go to " + output);
         }
     }
+}
+
+bool hasManifest(const FeaturesOptions& options) {
+    return options.format == "npy" || options.batch.shard;
 }
 
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) {

@@ -48,6 +48,9 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
 /// @throw UsageError  naming the file
 void protectInputs(const FeaturesOptions& options, const InputNames& inputs);
 
+/// Whether a manifest is written beside the output.
+bool hasManifest(const FeaturesOptions& options);
+
 /// How to cut windows; the sampling rate is that of each input.
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options);
 

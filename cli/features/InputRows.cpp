@@ -81,8 +81,7 @@ Outcome InputRows::deliver() {
         return Outcome::OutputFailed;
     }
     if (m_bDone && m_eState == State::Passing) {
-        m_table.endInput(m_input);
-        return Outcome::Done;
+        return m_table.endInput(m_input) ? Outcome::Done : Outcome::OutputFailed;
     }
     if (m_eState == State::Passing && !(m_table.canDrop() && m_table.dropInput())) {
         m_diagnostics.error("rows that it gave before stand in the output");

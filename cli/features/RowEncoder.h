@@ -44,10 +44,10 @@ public:
     virtual void forget() = 0;
 };
 
-/// For `makeCsvWriter`.
+/// Lines of CSV.
 std::unique_ptr<RowEncoder> makeCsvEncoder(Crew& crew);
 
-/// For `makeNpyWriter`.
+/// Numbers as they stand in memory.
 std::unique_ptr<RowEncoder> makeNpyEncoder();
 
 }  // namespace Zantrix::Cli

@@ -1,6 +1,7 @@
 #include "shell/InputNames.h"
 
 #include "Command.h"
+#include "shell/Digest.h"
 #include "shell/InputFile.h"
 #include "shell/Interrupt.h"
 
@@ -12,6 +13,7 @@
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -143,6 +145,35 @@ bool InputNames::addAudioSet(Diagnostics& diagnostics) {
         diagnostics.endInput();
     }
     return isRead;
+}
+
+ListIdentity InputNames::identity() const {
+    std::error_code ignored;
+    const std::string folder =
+        std::filesystem::absolute(m_strAudioSet, ignored).lexically_normal().parent_path().string() + '/';
+    Digest digest;
+    for (std::size_t i = 0; i < size(); ++i) {
+        const std::string_view name = at(i);
+        if (i >= m_uiAudioSet && name.front() != '/') {
+            digest.add(folder);
+        }
+        digest.add(name);
+        digest.add({"", 1});  // a zero byte, which no name of a file holds
+    }
+    return {size(), digest.hex()};
+}
+
+void InputNames::keep(std::size_t first, std::size_t end) {
+    m_names.erase(m_names.begin() + static_cast<std::ptrdiff_t>(end), m_names.end());
+    m_names.erase(m_names.begin(), m_names.begin() + static_cast<std::ptrdiff_t>(first));
+    for (std::size_t* pPosition : {&m_uiLines, &m_uiLinesEnd, &m_uiAudioSet}) {
+        *pPosition = std::clamp(*pPosition, first, end) - first;
+    }
+    for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+        if (isEmpty() || i < m_names.front().block || i > m_names.back().block) {
+            std::string().swap(m_blocks[i]);
+        }
+    }
 }
 
 std::string InputNames::given(std::size_t index) const {

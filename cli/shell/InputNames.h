@@ -29,6 +29,14 @@ void addInputOptions(boost::program_options::options_description& description, I
 /// How many of a subcommand's arguments stand behind "--".
 std::size_t countBehindDashes(const std::vector<std::string>& arguments);
 
+/// What a list of inputs can be known by.
+struct ListIdentity {
+    std::uint64_t count = 0;  ///< of names
+    std::string digest;       ///< of all of them; of relative entries of an audio set, with the folder of that
+
+    bool operator==(const ListIdentity&) const = default;
+};
+
 /// The names of all inputs of a run, in order: the operands, those from standard input in the place of "-", then the
 /// entries of the audio set. However many there are, they take little more room than their text.
 ///
@@ -44,6 +52,11 @@ public:
 
     std::size_t size() const { return m_names.size(); }
     bool isEmpty() const { return m_names.empty(); }
+
+    ListIdentity identity() const;
+
+    /// Keeps the names from `first` to the one before `end`, and forgets all others.
+    void keep(std::size_t first, std::size_t end);
 
     /// A name as it was given.
     std::string given(std::size_t index) const;
