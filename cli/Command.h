@@ -27,5 +27,6 @@ public:
 int runFeatures(const std::vector<std::string>& arguments);
 int runInfo(const std::vector<std::string>& arguments);
 int runList(const std::vector<std::string>& arguments);
+int runMerge(const std::vector<std::string>& arguments);
 
 }  // namespace Zantrix::Cli

@@ -44,6 +44,8 @@ constexpr const char* c_szHelpRest =
     "Several files are worked on at a time; rows and messages come in the order of the files, and the output is the\n"
     "same, whatever --jobs says. Only where output cannot be taken back, as in a pipe, do rows of a file that fails\n"
     "stand, if there are more than 256 KB of them.\n\n"
+    "With --shard I/N the I-th of N runs of the list of all inputs is done, and PATH.json beside the output tells of\n"
+    "each. 'murvane-audio merge' joins all N outputs to what one run would have written.\n\n"
     "Examples:\n"
     "  murvane-audio features call.wav --feature SPECTRUM100HZ\n"
     "  murvane-audio features *.wav --feature FLATNESS_SPECTRUM ZEROCROSSINGRATE --output calls.csv\n"

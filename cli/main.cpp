@@ -23,6 +23,7 @@ constexpr Subcommand c_subcommands[] = {
     {"features", "compute features of every window of audio files, as CSV or NPY", runFeatures},
     {"info", "tell format, rate, duration and clipping of audio files", runInfo},
     {"list", "list the features and the functions of formulas, or explain one", runList},
+    {"merge", "join the parts of a table that features --shard made", runMerge},
 };
 
 const Subcommand* findSubcommand(const std::string& name) {

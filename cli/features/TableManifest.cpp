@@ -11,8 +11,6 @@ namespace Zantrix::Cli {
 
 namespace {
 
-constexpr int c_iVersion = 1;
-
 std::string list(const std::vector<std::string>& items) {
     return '[' + join(items, ", ") + ']';
 }
@@ -62,8 +60,9 @@ bool ManifestWriter::begin(const std::string& columns) {
     for (const Column& column : m_definition.columns) {
         definitions.push_back(definitionOf(column));
     }
-    std::string text = "{\n  \"version\": " + std::to_string(c_iVersion) + ",\n  \"format\": \"" + m_definition.format +
-                       "\",\n  \"columns\": " + columns + ",\n  \"computed\": " + list(definitions) +
+    std::string text = "{\n  \"version\": " + std::to_string(c_uiManifestVersion) + ",\n  \"format\": \"" +
+                       m_definition.format + "\",\n  \"columns\": " + columns +
+                       ",\n  \"computed\": " + list(definitions) +
                        ",\n  \"window\": {\"size_ms\": " + std::to_string(m_definition.windowMs) +
                        ", \"overlap_ms\": " + std::to_string(m_definition.overlapMs) +
                        ", \"suppress_dc\": " + (m_definition.suppressDc ? "true" : "false") +

@@ -15,6 +15,9 @@
 /// What stands beside a table, in "<path>.json", and says what is in it.
 namespace Zantrix::Cli {
 
+/// Changes when programs that know an older one would not understand a manifest.
+inline constexpr std::uint64_t c_uiManifestVersion = 1;
+
 /// How the rows of a table are made. Tables of the same definition and the same columns can be put together.
 struct TableDefinition {
     std::string format;  ///< "csv" or "npy"

@@ -95,6 +95,19 @@ bool isUtf8(std::string_view text) {
     return true;
 }
 
+void appendUtf8(std::string& text, unsigned code) {
+    if (code < 0x80) {
+        text += static_cast<char>(code);
+        return;
+    }
+    const unsigned length = code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+    const unsigned mark = 0xf00u >> length;  // as many ones in the first byte as there are bytes
+    text += static_cast<char>((mark & 0xffu) | (code >> (6 * (length - 1))));
+    for (unsigned i = length - 1; i-- > 0;) {
+        text += static_cast<char>(0x80u | ((code >> (6 * i)) & 0x3fu));
+    }
+}
+
 std::string hexBytes(std::string_view text) {
     std::string hex;
     for (const char c : text) {

@@ -26,6 +26,11 @@ std::string escaped(std::string_view text);
 
 bool isUtf8(std::string_view text);
 
+/// Appends a character in UTF-8.
+///
+/// @param code  its number, at most 0x10ffff
+void appendUtf8(std::string& text, unsigned code);
+
 /// Two lower-case digits a byte.
 std::string hexBytes(std::string_view text);
 
