@@ -25,9 +25,10 @@ constexpr const char* c_szHelpRest =
     "other lists, features, windows or formats, parts that overlap and parts that were changed are refused, and then\n"
     "nothing is written.\n\n"
     "Examples:\n"
+    "  murvane-audio merge part1.csv part2.csv --output calls.csv\n\n"
+    "The parts come from\n"
     "  murvane-audio features --audioset calls.txt --feature MEAN --shard 1/2 --output part1.csv\n"
-    "  murvane-audio features --audioset calls.txt --feature MEAN --shard 2/2 --output part2.csv\n"
-    "  murvane-audio merge part1.csv part2.csv --output calls.csv\n";
+    "  murvane-audio features --audioset calls.txt --feature MEAN --shard 2/2 --output part2.csv\n";
 
 void protectParts(const std::vector<std::string>& parts, const std::string& path) {
     std::vector<std::string> inputs = parts;
