@@ -29,5 +29,6 @@ int runEvaluate(const std::vector<std::string>& arguments);
 int runFeatures(const std::vector<std::string>& arguments);
 int runInfo(const std::vector<std::string>& arguments);
 int runList(const std::vector<std::string>& arguments);
+int runMerge(const std::vector<std::string>& arguments);
 
 }  // namespace Zantrix::Cli

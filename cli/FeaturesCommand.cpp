@@ -1,11 +1,13 @@
 #include "Command.h"
+#include "batch/BatchRun.h"
 #include "features/ComputerArchive.h"
 #include "features/FeatureArguments.h"
 #include "features/FeatureNames.h"
-#include "features/FeatureRun.h"
+#include "features/FeatureTable.h"
+#include "features/FeatureWorker.h"
 #include "features/FeaturesConfig.h"
 #include "features/FeaturesOptions.h"
-#include "shell/AudioSet.h"
+#include "shell/InputNames.h"
 #include "shell/Interrupt.h"
 #include "shell/SmallFile.h"
 
@@ -26,7 +28,10 @@ constexpr const char* c_szHelpRest =
     "existing file, or has a '.' or '/', is a FILE, and so are those behind it. Write ./NAME for a file called like\n"
     "a feature. All arguments behind '--' are files. 'murvane-audio list' names the features.\n\n"
     "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
-    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA.\n\n"
+    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place "
+    "of\n"
+    "a FILE, '-' takes such lines from standard input; relative names are then those of the working directory. Behind\n"
+    "'--', '-' is a file.\n\n"
     "A formula is made of numbers, x (the window), + - * / and ( ), element by element, and of functions, which\n"
     "'murvane-audio list' names. Its column is called NAME, or by the text of the formula.\n\n"
     "CSV has the columns file, time (the end of the window, in seconds) and one for each value: NAME for a feature\n"
@@ -35,42 +40,75 @@ constexpr const char* c_szHelpRest =
     "each input in PATH.json; the time of a row is that of the row before plus (window - overlap) / 1000. Names in\n"
     "it that are not UTF-8 have U+FFFD in place of each wrong byte, and all bytes in \"name_bytes_hex\".\n\n"
     "Windows are cut at each file's own rate; a rate other than 8000 Hz draws a warning. A file that fails is told\n"
-    "of, leaves no rows, and the others are still done. A file of less than a window gives no rows.\n\n"
+    "of, leaves no rows, and the others are still done. A file of less than a window gives no rows.\n"
+    "Several files are worked on at a time; rows and messages come in the order of the files, and the output is the\n"
+    "same, whatever --jobs says. Only where output cannot be taken back, as in a pipe, do rows of a file that fails\n"
+    "stand, if there are more than 256 KB of them.\n\n"
+    "With --shard I/N the I-th of N runs of the list of all inputs is done, and PATH.json beside the output tells of\n"
+    "each. 'murvane-audio merge' joins all N outputs to what one run would have written.\n\n"
     "Examples:\n"
     "  murvane-audio features call.wav --feature SPECTRUM100HZ\n"
     "  murvane-audio features *.wav --feature FLATNESS_SPECTRUM ZEROCROSSINGRATE --output calls.csv\n"
+    "  find calls -name '*.wav' | murvane-audio features - --feature MEAN --output calls.csv --failures failed.txt\n"
     "  murvane-audio features call.wav --feature MEAN --expr 'busy=spectralRange(spectrum(x), frequencyHz=480, "
     "widthHz=20)'\n"
     "  murvane-audio features --feature MEAN FLATNESS_SPECTRUM --window-ms 64 --save-config call.conf\n"
     "  murvane-audio features call.wav --config call.conf\n"
     "  murvane-audio features --feature 'MAXSPECTRALRANGES(350,440)_SPECTRUM' --format npy -o tones.npy -- *.wav\n";
 
-int run(const FeaturesOptions& options, bool isAllDone, Diagnostics& diagnostics, TableWriter& writer) {
-    using Outcome = FeatureRun::Outcome;
-    Progress progress(diagnostics, options.files, options.path.empty());
-    FeatureRun featureRun(options.columns, windowConfig(options), writer, diagnostics, progress);
-    const auto outputFailed = [&] {
+TableTarget targetOf(const FeaturesOptions& options, const ListIdentity& list) {
+    TableTarget target;
+    target.path = options.path;
+    target.definition = {options.format, options.columns, static_cast<std::uint64_t>(options.windowMs),
+                         static_cast<std::uint64_t>(options.overlapMs), options.suppressDc};
+    target.inputs = {list, options.batch.shard};
+    target.hasManifest = hasManifest(options);
+    return target;
+}
+
+int run(const FeaturesOptions& options, const InputNames& inputs, Diagnostics& diagnostics, TableWriter& writer,
+        FailureList& failures) {
+    using Result = BatchRun::Result;
+    Progress progress(diagnostics, inputs, options.path.empty());
+    FeatureTable table(writer);
+    Crew crew(options.batch.threads());
+    BatchRun batch(inputs, crew, failures, diagnostics, progress);
+    batch.onFailed = [&](const std::string& name) { return table.addFailed(name); };
+    const Result result = batch.run([&]() -> std::unique_ptr<BatchWorker> {
+        return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table,
+                                               options.format == "npy" ? makeNpyEncoder() : makeCsvEncoder(crew),
+                                               diagnostics, progress);
+    });
+    if (result == Result::Interrupted) {
+        writer.abandon();
+        diagnostics.error("interrupted");
+        return Interrupted;
+    }
+    if (result == Result::OutputFailed || !table.finish()) {
         diagnostics.error(writer.describeError());
         return SomeFailed;
-    };
-    for (const std::string& file : options.files) {
-        diagnostics.beginInput(file);
-        const Outcome outcome = Interrupt::requested() ? Outcome::Interrupted : featureRun.add(file);
-        diagnostics.endInput();
-        if (outcome == Outcome::Interrupted) {
-            writer.abandon();
-            diagnostics.error("interrupted");
-            return Interrupted;
-        }
-        if (outcome == Outcome::OutputFailed) {
-            return outputFailed();
-        }
-        isAllDone = isAllDone && outcome == Outcome::Done;
     }
-    if (!featureRun.finish()) {
-        return outputFailed();
+    return inputs.unreadable().empty() && result == Result::AllDone ? AllDone : SomeFailed;
+}
+
+// Does the part of the inputs that is asked for.
+int process(const FeaturesOptions& options, InputNames& inputs, Diagnostics& diagnostics, FailureList& failures) {
+    for (const std::string& list : inputs.unreadable()) {
+        failures.add(list, "cannot be read");
     }
-    return isAllDone ? AllDone : SomeFailed;
+    if (inputs.isEmpty()) {
+        diagnostics.error(Interrupt::requested() ? "interrupted" : "no file to process");
+        return Interrupt::requested() ? Interrupted : SomeFailed;
+    }
+    TableWriter writer(targetOf(options, inputs.identity()));
+    if (!writer.open()) {
+        diagnostics.error(writer.describeError());
+        return SomeFailed;
+    }
+    if (const auto& shard = options.batch.shard) {
+        inputs.keep(shard->first(inputs.size()), shard->end(inputs.size()));
+    }
+    return run(options, inputs, diagnostics, writer, failures);
 }
 
 // Writes the files that say what is done.
@@ -101,39 +139,42 @@ int runFeatures(const std::vector<std::string>& arguments) {
     const std::vector<std::string> expanded =
         expandFeatureArguments(arguments, [&](const std::string& name) { return featureNames.isKnown(name); });
     std::vector<GivenOption> given;
-    const po::variables_map values = parseArguments(expanded, description, options.files, &given);
+    const po::variables_map values = parseArguments(expanded, description, options.inputs.files, &given);
     if (values.count("help") != 0) {
         printHelp(c_szUsage, description, c_szHelpRest);
         return AllDone;
     }
+    options.inputs.behindDashes = countBehindDashes(expanded);
     if (values.count("config") != 0) {
         readConfig(options.config, featureNames, options);
         // Once more: what arguments say holds.
-        parseArguments(expanded, description, options.files);
+        parseArguments(expanded, description, options.inputs.files);
     }
     if (std::vector<Column> columns = collectColumns(given); !columns.empty()) {
         options.columns = std::move(columns);
     }
     checkOptions(options, featureNames);
     Diagnostics diagnostics(options.log);
-    const bool isSetWhole = options.audioSet.empty() || appendAudioSet(options.audioSet, options.files, diagnostics);
-    protectInputs(options);
+    InputNames inputs;
+    inputs.gather(options.inputs, diagnostics);
+    protectInputs(options, inputs);
     if (!save(options, diagnostics)) {
         return SomeFailed;
     }
-    if (options.files.empty()) {
-        if (!options.audioSet.empty()) {
-            diagnostics.error("no file to process");
-        }
-        return options.audioSet.empty() ? AllDone : SomeFailed;
+    if (options.inputs.isEmpty()) {
+        return AllDone;
     }
-    const std::unique_ptr<TableWriter> writer =
-        options.format == "npy" ? makeNpyWriter(options.path, windowConfig(options)) : makeCsvWriter(options.path);
-    if (!writer->open()) {
-        diagnostics.error(writer->describeError());
+    FailureList failures;
+    if (!failures.open(options.batch.failures)) {
+        diagnostics.error(failures.describeError());
         return SomeFailed;
     }
-    return run(options, isSetWhole, diagnostics, *writer);
+    const int exitCode = process(options, inputs, diagnostics, failures);
+    if (!failures.finish()) {
+        diagnostics.error(failures.describeError());
+        return exitCode == AllDone ? SomeFailed : exitCode;
+    }
+    return exitCode;
 }
 
 }  // namespace Zantrix::Cli

@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "shell/InputFile.h"
+#include "shell/InputNames.h"
 #include "shell/Interrupt.h"
 #include "shell/Options.h"
 #include "shell/Output.h"
@@ -20,17 +21,23 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr const char* c_szUsage =
-    "Usage: murvane-audio info FILE... [OPTION]...\n"
+    "Usage: murvane-audio info FILE... [--audioset LIST] [OPTION]...\n"
     "Tells format, rate, duration and clipping of mono audio files.\n";
 
 constexpr const char* c_szHelpRest =
     "A sample is clipped when its magnitude reaches the clipping value of the file's encoding, to six decimals.\n"
     "Files are read to their ends; one that cannot be read is reported, and the others are still done.\n\n"
+    "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
+    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place "
+    "of\n"
+    "a FILE, '-' takes such lines from standard input; relative names are then those of the working directory. Behind\n"
+    "'--', '-' is a file.\n\n"
     "Examples:\n"
     "  murvane-audio info call.wav\n"
-    "  murvane-audio info --format csv calls/*.wav\n";
+    "  murvane-audio info --format csv calls/*.wav\n"
+    "  find calls -name '*.wav' | murvane-audio info --format csv -\n";
 
-constexpr std::size_t c_uiChunkFrames = 16384;
+constexpr std::size_t c_uiChunkFrames = 8192;
 
 // Clipping values are the largest samples of their encodings, rounded to six decimals: up for mu-law, whose clipped
 // samples would else be missed.
@@ -108,8 +115,7 @@ std::optional<AudioInfo> inspect(const std::string& name, Diagnostics& diagnosti
     }
     Audio::AudioFileReader reader;
     reader.setNbOfFramesToRead(c_uiChunkFrames);
-    if (!reader.setSourceAudioFile(input.path().c_str())) {
-        diagnostics.error("cannot be opened");
+    if (!input.open(reader, diagnostics)) {
         return std::nullopt;
     }
     AudioInfo info;
@@ -156,18 +162,22 @@ int runInfo(const std::vector<std::string>& arguments) {
         ("output,o", po::value(&path)->value_name("PATH"),
          "write to this file, which appears only when it is complete, instead of standard output");
     addCommonOptions(options, log);
-    std::vector<std::string> files;
-    const po::variables_map values = parseArguments(arguments, options, files);
+    InputArguments inputArguments;
+    addInputOptions(options, inputArguments);
+    const po::variables_map values = parseArguments(arguments, options, inputArguments.files);
+    inputArguments.behindDashes = countBehindDashes(arguments);
     if (values.count("help") != 0) {
         printHelp(c_szUsage, options, c_szHelpRest);
         return AllDone;
     }
     const Format& format = findFormat(formatName);
-    if (files.empty()) {
+    if (inputArguments.isEmpty()) {
         throw UsageError("no file given");
     }
-    refuseToOverwrite(files, path);
     Diagnostics diagnostics(log);
+    InputNames inputs;
+    bool isAllDone = inputs.gather(inputArguments, diagnostics);
+    inputs.refuseToOverwrite({path});
     Output output;
     const auto outputFailed = [&] {
         diagnostics.error(output.describeError());
@@ -176,33 +186,40 @@ int runInfo(const std::vector<std::string>& arguments) {
     if (!output.open(path)) {
         return outputFailed();
     }
-    Progress progress(diagnostics, files, path.empty());
-    std::size_t told = 0;
-    for (const std::string& file : files) {
-        if (Interrupt::requested()) {
-            break;
+    Progress progress(diagnostics, inputs, path.empty());
+    bool isToldAny = false;
+    for (std::size_t i = 0; i < inputs.size() && !Interrupt::requested(); ++i) {
+        diagnostics.beginInput(inputs.teller(i));
+        const auto file = inputs.find(i, diagnostics);
+        if (file) {
+            diagnostics.renameInput(*file);
         }
-        diagnostics.beginInput(file);
-        if (const auto info = inspect(file, diagnostics, progress); info && !Interrupt::requested()) {
-            const std::string text = format.write(*info, told == 0);
-            ++told;
+        const auto info = file ? inspect(*file, diagnostics, progress) : std::nullopt;
+        diagnostics.endInput();
+        if (info && !Interrupt::requested()) {
+            const std::string text = format.write(*info, !isToldAny);
+            isToldAny = true;
             if (!output.write(text.data(), text.size())) {
                 break;
             }
         }
-        diagnostics.endInput();
+        isAllDone = isAllDone && info;
     }
     if (Interrupt::requested()) {
         output.abandon();
         diagnostics.error("interrupted");
         return Interrupted;
     }
-    const std::string end = told == 0 ? format.endOfNone : format.end;
-    const bool isWanted = told > 0 || path.empty();
+    if (inputs.isEmpty()) {
+        diagnostics.error("no file to process");
+        return SomeFailed;
+    }
+    const std::string end = isToldAny ? format.end : format.endOfNone;
+    const bool isWanted = isToldAny || path.empty();
     if (isWanted && !(output.write(end.data(), end.size()) && output.commit())) {
         return outputFailed();
     }
-    return told == files.size() ? AllDone : SomeFailed;
+    return isAllDone ? AllDone : SomeFailed;
 }
 
 }  // namespace Zantrix::Cli

@@ -25,6 +25,7 @@ constexpr Subcommand c_subcommands[] = {
     {"evaluate", "write curves, decisions and annotations of formulas beside the audio of WAV files", runEvaluate},
     {"info", "tell format, rate, duration and clipping of audio files", runInfo},
     {"list", "list the features and the functions of formulas, or explain one", runList},
+    {"merge", "join the parts of a table that features --shard made", runMerge},
 };
 
 const Subcommand* findSubcommand(const std::string& name) {

@@ -15,7 +15,7 @@ bool isOption(const std::string& argument) {
 
 bool looksLikeFile(const std::string& argument) {
     std::error_code ignored;
-    return argument.empty() || argument.find_first_of("./") != std::string::npos ||
+    return argument.empty() || argument == "-" || argument.find_first_of("./") != std::string::npos ||
            std::filesystem::exists(argument, ignored);
 }
 

@@ -20,10 +20,6 @@ constexpr const char* c_szComputer = "computer";
 // The longest window: a minute. A typing error must not take all memory.
 constexpr std::int64_t c_iMaxWindowMs = 60000;
 
-bool hasInputs(const FeaturesOptions& options) {
-    return !options.files.empty() || !options.audioSet.empty();
-}
-
 void checkWindow(const FeaturesOptions& options) {
     if (options.windowMs < 1 || options.windowMs > c_iMaxWindowMs) {
         throw UsageError("a window of " + std::to_string(options.windowMs) + " ms is refused; it must be 1 to " +
@@ -39,7 +35,10 @@ void checkOutputs(const FeaturesOptions& options) {
     if (options.format != "csv" && options.format != "npy") {
         throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
     }
-    if (options.format == "npy" && options.path.empty() && hasInputs(options)) {
+    if (options.batch.shard && options.path.empty()) {
+        throw UsageError("--shard needs --output PATH");
+    }
+    if (options.format == "npy" && options.path.empty() && !options.inputs.isEmpty()) {
         throw UsageError("--format npy needs --output PATH");
     }
     const bool hasFormula = std::any_of(options.columns.begin(), options.columns.end(),
@@ -53,9 +52,8 @@ void checkOutputs(const FeaturesOptions& options) {
 
 po::options_description describeOptions(FeaturesOptions& options) {
     po::options_description description("Options");
+    addInputOptions(description, options.inputs);
     description.add_options()  //
-        ("audioset", po::value(&options.audioSet)->value_name("LIST"),
-         "read the files that this list names, too, behind the others")  //
         (c_szFeature, po::value<std::vector<std::string>>()->value_name("NAME..."),
          "features by name; may be given again")  //
         (c_szFormula, po::value<std::vector<std::string>>()->value_name("[NAME=]FORMULA"),
@@ -78,6 +76,7 @@ po::options_description describeOptions(FeaturesOptions& options) {
          "write the window, the format and the columns to a file for --config; no FILE to analyse is needed then")  //
         ("save-computer", po::value(&options.saveComputer)->value_name("ARCHIVE"),
          "write an XML archive of a feature computer of the features; no FILE to analyse is needed then");
+    addBatchOptions(description, options.batch);
     addCommonOptions(description, options.log);
     return description;
 }
@@ -103,27 +102,29 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
         throw UsageError("no feature given; name at least one with --feature, or write a formula with --expr");
     }
     checkColumns(options.columns, featureNames);
-    if (!hasInputs(options) && options.saveConfig.empty() && options.saveComputer.empty()) {
+    if (options.inputs.isEmpty() && options.saveConfig.empty() && options.saveComputer.empty()) {
         throw UsageError("no file given");
     }
     checkWindow(options);
     checkOutputs(options);
 }
 
-void protectInputs(const FeaturesOptions& options) {
-    std::vector<std::string> inputs = options.files;
-    inputs.push_back(options.audioSet);
-    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer};
-    if (options.format == "npy") {
+void protectInputs(const FeaturesOptions& options, const InputNames& inputs) {
+    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer, options.batch.failures};
+    if (hasManifest(options)) {
         outputs.push_back(options.path + ".json");
     }
-    refuseToOverwrite(inputs, outputs);
+    inputs.refuseToOverwrite(outputs);
     std::set<std::string> seen;
     for (const std::string& output : outputs) {
         if (!output.empty() && !seen.insert(output).second) {
             throw UsageError("two outputs would go to " + output);
         }
     }
+}
+
+bool hasManifest(const FeaturesOptions& options) {
+    return options.format == "npy" || options.batch.shard;
 }
 
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) {

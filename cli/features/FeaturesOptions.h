@@ -1,7 +1,9 @@
 #pragma once
 
+#include "batch/BatchOptions.h"
 #include "features/Column.h"
 #include "shell/Diagnostics.h"
+#include "shell/InputNames.h"
 #include "shell/Options.h"
 
 #include <murvane/audio/input/AudioLinearWindower.h>
@@ -14,8 +16,7 @@ namespace Zantrix::Cli {
 
 /// What a run of 'murvane-audio features' is to do.
 struct FeaturesOptions {
-    std::vector<std::string> files;
-    std::string audioSet;  ///< a list of more files; "" for none
+    InputArguments inputs;
     std::vector<Column> columns;
     std::int64_t windowMs = 32;
     std::int64_t overlapMs = 16;
@@ -25,10 +26,11 @@ struct FeaturesOptions {
     std::string config;        ///< a file that gave what arguments did not; "" for none
     std::string saveConfig;    ///< a file to write; "" for none
     std::string saveComputer;  ///< the same
+    BatchOptions batch;
     LogOptions log;
 };
 
-/// The options as arguments; what they hold goes to `options`, all but files and columns.
+/// The options as arguments; what they hold goes to `options`, all but operands and columns.
 boost::program_options::options_description describeOptions(FeaturesOptions& options);
 
 /// The columns that arguments ask for, in their order; those of archived computers where these stand.
@@ -44,7 +46,10 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
 /// Makes sure that no output replaces an input or another output; after the audio set was read.
 ///
 /// @throw UsageError  naming the file
-void protectInputs(const FeaturesOptions& options);
+void protectInputs(const FeaturesOptions& options, const InputNames& inputs);
+
+/// Whether a manifest is written beside the output.
+bool hasManifest(const FeaturesOptions& options);
 
 /// How to cut windows; the sampling rate is that of each input.
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options);

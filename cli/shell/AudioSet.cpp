@@ -1,23 +1,28 @@
 #include "shell/AudioSet.h"
 
-#include <murvane/audio/batch/AudioSetParser.h>
-
-#include <cstddef>
+#include "shell/InputNames.h"
 
 namespace Zantrix::Cli {
 
-bool appendAudioSet(const std::string& list, std::vector<std::string>& files, Diagnostics& diagnostics) {
-    diagnostics.beginInput(list);
-    Audio::AudioSetParser parser;
-    const bool isRead = parser.setAudioSetFilename(list.c_str());
-    std::size_t found = 0;
-    if (isRead && parser.gotoFirstAudioFile()) {
-        for (std::string file; parser.getNextAudioFile(file); ++found) {
-            files.push_back(file);
+bool appendInputs(const InputArguments& arguments, std::vector<std::string>& files, Diagnostics& diagnostics) {
+    InputNames names;
+    bool isWhole = names.gather(arguments, diagnostics);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        diagnostics.beginInput(names.teller(i));
+        if (const auto file = names.find(i, diagnostics)) {
+            files.push_back(*file);
+        } else {
+            isWhole = false;
         }
+        diagnostics.endInput();
     }
-    diagnostics.endInput();
-    return isRead && found == parser.getNbOfEntries();
+    return isWhole;
+}
+
+bool appendAudioSet(const std::string& list, std::vector<std::string>& files, Diagnostics& diagnostics) {
+    InputArguments arguments;
+    arguments.audioSet = list;
+    return appendInputs(arguments, files, diagnostics);
 }
 
 }  // namespace Zantrix::Cli

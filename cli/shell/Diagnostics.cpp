@@ -5,7 +5,6 @@
 
 #include <log4cplus/appender.h>
 #include <log4cplus/configurator.h>
-#include <log4cplus/hierarchy.h>
 #include <log4cplus/logger.h>
 #include <log4cplus/ndc.h>
 #include <log4cplus/spi/loggingevent.h>
@@ -14,6 +13,7 @@
 #include <cerrno>
 #include <fstream>
 #include <unistd.h>
+#include <utility>
 
 namespace Zantrix::Cli {
 
@@ -21,6 +21,9 @@ namespace {
 
 // More different records about one input than anybody reads.
 constexpr std::size_t c_uiMaxRemembered = 100;
+
+thread_local InputMessages t_input;
+thread_local int t_iQuiet = 0;
 
 void writeError(const std::string& text) {
     std::size_t done = 0;
@@ -38,6 +41,17 @@ std::string printable(std::string text) {
     std::replace_if(
         text.begin(), text.end(), [](unsigned char c) { return (c < ' ' && c != '\n') || c == 0x7f; }, '?');
     return text;
+}
+
+// Appenders that a configuration made do not know of `QuietLog`.
+void heedQuiet(log4cplus::Logger logger) {
+    namespace spi = log4cplus::spi;
+    for (const log4cplus::SharedAppenderPtr& pAppender : logger.getAllAppenders()) {
+        const spi::FilterPtr pFilter(new spi::FunctionFilter(
+            [](const spi::InternalLoggingEvent&) { return t_iQuiet > 0 ? spi::DENY : spi::NEUTRAL; }));
+        pFilter->next = pAppender->getFilter();
+        pAppender->setFilter(pFilter);
+    }
 }
 
 log4cplus::LogLevel parseLevel(const std::string& name) {
@@ -68,9 +82,9 @@ public:
 
 protected:
     void append(const log4cplus::spi::InternalLoggingEvent& event) override {
-        // Records that describe the course of things are worth telling every time.
-        const bool mayRepeat = event.getLogLevel() < log4cplus::WARN_LOG_LEVEL;
-        m_diagnostics.record(event.getNDC(), event.getMessage(), mayRepeat);
+        if (t_iQuiet == 0) {
+            m_diagnostics.record(event.getNDC(), event.getMessage(), event.getLogLevel());
+        }
     }
 
 private:
@@ -93,6 +107,10 @@ Diagnostics::Diagnostics(const LogOptions& options) {
     if (!options.level.empty()) {
         root.setLogLevel(level);
     }
+    heedQuiet(root);
+    for (const log4cplus::Logger& logger : log4cplus::Logger::getCurrentLoggers()) {
+        heedQuiet(logger);
+    }
 }
 
 Diagnostics::~Diagnostics() {
@@ -102,58 +120,118 @@ Diagnostics::~Diagnostics() {
 }
 
 void Diagnostics::error(const std::string& message) {
-    line(m_strInput, message);
+    if (t_input.why.empty()) {
+        t_input.why = message;
+    }
+    line(t_input.name, message);
 }
 
 void Diagnostics::warning(const std::string& message) {
     if (m_bWarnings) {
-        line(m_strInput, "warning: " + message);
+        line(t_input.name, "warning: " + message);
     }
 }
 
 void Diagnostics::beginInput(const std::string& name) {
-    m_strInput = name.empty() ? "''" : name;
-    log4cplus::getNDC().push(m_strInput);
+    InputMessages messages;
+    messages.name = name.empty() ? "''" : name;
+    takeOver(std::move(messages));
 }
 
 void Diagnostics::endInput() {
-    for (const auto& [message, count] : m_repeats) {
+    for (const auto& [message, count] : t_input.repeats) {
         if (count > 1) {
-            line(m_strInput, message + " (" + std::to_string(count - 1) + " more times)");
+            line(t_input.name, message + " (" + std::to_string(count - 1) + " more times)");
         }
     }
-    m_repeats.clear();
+    release();
+    handOver();
+}
+
+void Diagnostics::renameInput(const std::string& name) {
+    InputMessages messages = handOver();
+    messages.name = name.empty() ? "''" : name;
+    takeOver(std::move(messages));
+}
+
+const InputMessages& Diagnostics::input() const {
+    return t_input;
+}
+
+void Diagnostics::hold() {
+    t_input.areHeld = true;
+}
+
+void Diagnostics::release() {
+    t_input.areHeld = false;
+    if (!t_input.lines.empty()) {
+        print(std::exchange(t_input.lines, {}));
+    }
+}
+
+void Diagnostics::rewind(const InputMessages& earlier) {
+    if (t_input.areHeld) {
+        t_input = earlier;
+    }
+}
+
+InputMessages Diagnostics::handOver() {
     log4cplus::getNDC().pop();
-    m_strInput.clear();
+    return std::exchange(t_input, {});
+}
+
+void Diagnostics::takeOver(InputMessages messages) {
+    t_input = std::move(messages);
+    log4cplus::getNDC().push(t_input.name);
 }
 
 void Diagnostics::status(const std::string& text) {
+    const std::lock_guard lock(m_mutex);
+    showStatus(text);
+}
+
+void Diagnostics::showStatus(const std::string& text) {
     if (!text.empty() || m_bStatusShown) {
         writeError("\r" + text + "\x1b[K");
     }
     m_bStatusShown = !text.empty();
 }
 
-void Diagnostics::record(const std::string& input, const std::string& message, bool mayRepeat) {
-    if (!mayRepeat && (m_repeats.size() < c_uiMaxRemembered || m_repeats.count(message) != 0) &&
-        ++m_repeats[message] > 1) {
+void Diagnostics::record(const std::string& input, const std::string& message, int level) {
+    std::map<std::string, std::uint64_t>& repeats = t_input.repeats;
+    // Records that describe the course of things are worth telling every time.
+    const bool mayRepeat = level < log4cplus::WARN_LOG_LEVEL;
+    if (!mayRepeat && (repeats.size() < c_uiMaxRemembered || repeats.count(message) != 0) && ++repeats[message] > 1) {
         return;
+    }
+    if (level >= log4cplus::ERROR_LOG_LEVEL && t_input.why.empty()) {
+        t_input.why = message;
     }
     line(input, message);
 }
 
-// One write per message, so that those of parallel commands do not mix.
 void Diagnostics::line(const std::string& input, const std::string& message) {
-    status("");
-    writeError(printable("murvane-audio: " + (input.empty() ? "" : input + ": ") + message) + '\n');
+    std::string text = printable("murvane-audio: " + (input.empty() ? "" : input + ": ") + message) + '\n';
+    if (t_input.areHeld) {
+        t_input.lines += text;
+    } else {
+        print(text);
+    }
+}
+
+// One write for all, so that lines of parallel commands do not mix.
+void Diagnostics::print(const std::string& lines) {
+    const std::lock_guard lock(m_mutex);
+    showStatus("");
+    writeError(lines);
 }
 
 QuietLog::QuietLog() {
-    log4cplus::Logger::getDefaultHierarchy().disableAll();
+    ++t_iQuiet;
 }
 
 QuietLog::~QuietLog() {
-    log4cplus::Logger::getDefaultHierarchy().enableAll();
+    --t_iQuiet;
 }
 
 }  // namespace Zantrix::Cli

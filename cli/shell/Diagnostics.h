@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 
 /// Everything that goes to standard error passes here: the command's messages, the library's log records and the
@@ -14,7 +16,19 @@ struct LogOptions {
     std::string config;  ///< a file of log4cplus properties; "" for the command's own way
 };
 
+/// What there is to tell of one input.
+struct InputMessages {
+    std::string name;
+    bool areHeld = false;                          ///< lines wait for `Diagnostics::release`
+    std::string lines;                             ///< those that wait, whole
+    std::map<std::string, std::uint64_t> repeats;  ///< how often each record came
+    std::string why;                               ///< the first error; "" while there is none
+};
+
 /// Lines have the form "murvane-audio: <input>: <message>". There is one object of this class at a time.
+///
+/// Each thread has an input of its own. The messages of one whose turn has not come yet can be held back, and an input
+/// can be handed to another thread that ends it.
 class Diagnostics {
 public:
     /// Has the library report here.
@@ -33,12 +47,33 @@ public:
     /// What was done, but may not be what one thinks. Printed at level WARN and below.
     void warning(const std::string& message);
 
-    /// The input that all messages are about until `endInput`; also the innermost diagnostic context of log4cplus,
-    /// which a layout prints for %x.
+    /// The input that all messages of this thread are about until `endInput`; also the innermost diagnostic context of
+    /// log4cplus, which a layout prints for %x.
     void beginInput(const std::string& name);
 
     /// Also tells how often messages that were printed once came again.
     void endInput();
+
+    /// Calls the input of this thread by another name from now on.
+    void renameInput(const std::string& name);
+
+    /// The input of this thread and what was said of it so far.
+    const InputMessages& input() const;
+
+    /// From now on messages about the input of this thread wait for `release`.
+    void hold();
+
+    /// Prints what waits; further messages are printed at once.
+    void release();
+
+    /// Takes back what was said of the input since a copy of `input()` was made, as far as it waits.
+    void rewind(const InputMessages& earlier);
+
+    /// Takes the input off this thread, without ending it.
+    InputMessages handOver();
+
+    /// Makes this thread the one that the messages about an input come from.
+    void takeOver(InputMessages messages);
 
     /// Shows a line that the next message, or the next status, replaces; "" removes it. For terminals only.
     void status(const std::string& line);
@@ -46,16 +81,17 @@ public:
 private:
     class RecordAppender;
 
-    void record(const std::string& input, const std::string& message, bool mayRepeat);
+    void record(const std::string& input, const std::string& message, int level);
     void line(const std::string& input, const std::string& message);
+    void print(const std::string& lines);
+    void showStatus(const std::string& line);
 
     bool m_bWarnings = true;
+    std::mutex m_mutex;  // guards what follows, and that lines do not mix
     bool m_bStatusShown = false;
-    std::string m_strInput;
-    std::map<std::string, std::uint64_t> m_repeats;  // of each record about this input
 };
 
-/// No log record goes anywhere while one of these exists: for asking the library what it knows.
+/// No log record of this thread goes anywhere while one of these exists: for asking the library what it knows.
 class QuietLog {
 public:
     QuietLog();

@@ -9,11 +9,31 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <mutex>
+#include <shared_mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
 namespace Zantrix::Cli {
+
+namespace {
+
+// libsndfile keeps why an opening failed for the whole process, until the next opening on any thread. Many may open at
+// the same time, but who asks for a reason is alone.
+std::shared_mutex g_openings;
+
+std::string reasonOfFailure(const std::string& path) {
+    const std::unique_lock alone(g_openings);
+    SF_INFO info{};
+    if (SNDFILE* pFile = sf_open(path.c_str(), SFM_READ, &info)) {
+        sf_close(pFile);
+        return "it changes while it is looked at";
+    }
+    return sf_strerror(nullptr);
+}
+
+}  // namespace
 
 InputFile::InputFile(std::string name) : m_strName(std::move(name)), m_strPath(m_strName) {
     if (m_strPath == "-") {
@@ -65,12 +85,18 @@ bool InputFile::checkHeader(Diagnostics& diagnostics) {
 
 bool InputFile::checkAudio(Diagnostics& diagnostics) {
     SF_INFO info{};
-    SNDFILE* pFile = sf_open(m_strPath.c_str(), SFM_READ, &info);
-    if (pFile == nullptr) {
-        diagnostics.error(std::string("cannot be read as audio: ") + sf_strerror(nullptr));
+    {
+        const std::shared_lock among(g_openings);
+        SNDFILE* pFile = sf_open(m_strPath.c_str(), SFM_READ, &info);
+        if (pFile != nullptr) {
+            sf_close(pFile);
+        }
+        m_bOpens = pFile != nullptr;
+    }
+    if (!m_bOpens) {
+        diagnostics.error("cannot be read as audio: " + reasonOfFailure(m_strPath));
         return false;
     }
-    sf_close(pFile);
     if (info.channels != 1) {
         diagnostics.error("has " + std::to_string(info.channels) + " channels; only mono audio can be analysed");
         return false;
@@ -113,6 +139,18 @@ bool checkNotEmpty(const std::string& path, Diagnostics& diagnostics) {
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0) {
         diagnostics.error("is empty");
+        return false;
+    }
+    return true;
+}
+
+bool InputFile::open(Audio::AudioFileReader& reader, Diagnostics& diagnostics) const {
+    std::shared_lock among(g_openings, std::defer_lock);
+    if (m_bOpens) {
+        among.lock();  // not for pipes, which may keep whoever opens them waiting
+    }
+    if (!reader.setSourceAudioFile(m_strPath.c_str())) {
+        diagnostics.error("cannot be opened");
         return false;
     }
     return true;

@@ -2,6 +2,8 @@
 
 #include "shell/Diagnostics.h"
 
+#include <murvane/audio/input/AudioFileReader.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -28,6 +30,9 @@ public:
     /// The path to open; it may be opened once.
     const std::string& path() const { return m_strPath; }
 
+    /// Opens the input, once, after `check`; false after a message.
+    bool open(Audio::AudioFileReader& reader, Diagnostics& diagnostics) const;
+
     /// The sampling rate in Hz; 0 when it is not known before the input is opened.
     std::uint64_t rate() const { return m_uiRate; }
 
@@ -46,6 +51,7 @@ private:
     std::uint64_t m_uiRate = 0;
     std::uint64_t m_uiSamples = 0;
     std::int32_t m_iFormat = 0;  // libsndfile's code; 0 when it is not known
+    bool m_bOpens = false;       // it was opened for a look
     std::unique_ptr<RepairedStream> m_pRepaired;
 };
 

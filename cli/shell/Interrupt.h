@@ -1,5 +1,8 @@
 #pragma once
 
+#include <csignal>
+#include <pthread.h>
+
 /// Ctrl-C and its kin: the work ends in order, with temporaries removed, instead of at once.
 namespace Zantrix::Cli::Interrupt {
 
@@ -9,5 +12,21 @@ void install();
 
 /// Whether a signal asked to stop.
 bool requested();
+
+/// Has a system call in which another thread waits return, as a signal does in the thread that it reaches.
+void wake(pthread_t thread);
+
+/// Signals are for the thread that leads the work: threads that are started while one of these exists take none but
+/// that of `wake`.
+class Shield {
+public:
+    Shield();
+    ~Shield();
+    Shield(const Shield&) = delete;
+    Shield& operator=(const Shield&) = delete;
+
+private:
+    sigset_t m_previous{};
+};
 
 }  // namespace Zantrix::Cli::Interrupt

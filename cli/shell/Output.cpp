@@ -88,7 +88,13 @@ bool Output::flush() {
 }
 
 bool Output::commit() {
-    return flush() && (m_strPath.empty() || m_file.commit() || fail(m_file.getError()));
+    if (!flush()) {
+        return false;
+    }
+    if (m_time) {
+        m_file.setTime(*m_time);
+    }
+    return m_strPath.empty() || m_file.commit() || fail(m_file.getError());
 }
 
 void Output::abandon() {

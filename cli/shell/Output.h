@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +39,9 @@ public:
 
     bool flush();
 
+    /// The time of modification that a file is to have; to be called before `commit`, when all is written.
+    void setTime(const std::timespec& time) { m_time = time; }
+
     /// Ends the output; only now does a file appear.
     bool commit();
 
@@ -58,6 +63,7 @@ private:
     std::vector<char> m_vBuffer;
     std::size_t m_uiFilled = 0;
     std::uint64_t m_uiFlushed = 0;
+    std::optional<std::timespec> m_time;
     std::string m_strError;
 };
 

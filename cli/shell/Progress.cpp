@@ -12,6 +12,9 @@ namespace Zantrix::Cli {
 
 namespace {
 
+// The sizes of more inputs than these are not asked for: that would take its time, and their number is as good.
+constexpr std::size_t c_uiMaxLookedAt = 1000;
+
 // A line that wraps could not be removed.
 std::size_t terminalWidth() {
     struct winsize size {};
@@ -25,7 +28,8 @@ std::string formatted(const char* format, double value) {
 }
 
 std::string clock(double seconds) {
-    const auto total = static_cast<std::uint64_t>(std::clamp(seconds, 0.0, 359999.0) + 0.5);
+    constexpr double longest = 1e9;  // some thousand years, when next to nothing is done yet
+    const auto total = static_cast<std::uint64_t>(std::clamp(seconds, 0.0, longest) + 0.5);
     std::array<char, 64> text{};
     if (total >= 3600) {
         std::snprintf(text.data(), text.size(), "%u:%02u:%02u", static_cast<unsigned>(total / 3600),
@@ -37,17 +41,36 @@ std::string clock(double seconds) {
     return text.data();
 }
 
+// What a thread has told of its input.
+struct Current {
+    double bytes = 0.0;
+    double seconds = 0.0;  // of all its audio; 0: not known
+    double secondsDone = 0.0;
+    double bytesDone = 0.0;
+};
+
+thread_local Current t_current;
+
 }  // namespace
 
-Progress::Progress(Diagnostics& diagnostics, const std::vector<std::string>& inputs, bool resultsOnScreen)
-    : m_diagnostics(diagnostics), m_uiInputs(inputs.size()) {
+Progress::Progress(Diagnostics& diagnostics, std::size_t inputs, bool resultsOnScreen)
+    : m_diagnostics(diagnostics), m_owner(std::this_thread::get_id()), m_uiInputs(inputs) {
     m_bShown = ::isatty(STDERR_FILENO) != 0 && !(resultsOnScreen && ::isatty(STDOUT_FILENO) != 0);
-    if (m_bShown) {
-        for (const std::string& input : inputs) {
-            m_uiBytes += fileBytes(input);
-        }
-    }
     m_start = m_nextDraw = Clock::now();
+}
+
+Progress::Progress(Diagnostics& diagnostics, const std::vector<std::string>& inputs, bool resultsOnScreen)
+    : Progress(diagnostics, inputs.size(), resultsOnScreen) {
+    if (m_bShown && m_uiInputs <= c_uiMaxLookedAt) {
+        std::for_each(inputs.begin(), inputs.end(), [this](const std::string& input) { addBytes(input); });
+    }
+}
+
+Progress::Progress(Diagnostics& diagnostics, const InputNames& inputs, bool resultsOnScreen)
+    : Progress(diagnostics, inputs.size(), resultsOnScreen) {
+    for (std::size_t i = 0; m_bShown && m_uiInputs <= c_uiMaxLookedAt && i < inputs.size(); ++i) {
+        addBytes(inputs.findQuietly(i).value_or(""));
+    }
 }
 
 Progress::~Progress() {
@@ -55,36 +78,56 @@ Progress::~Progress() {
 }
 
 void Progress::beginInput(const std::string& name, double seconds) {
-    m_uiInputBytes = m_bShown ? fileBytes(name) : 0;
-    m_dInputSeconds = seconds;
-    advance(0.0);
+    t_current = {};
+    if (m_bShown) {
+        t_current.bytes = static_cast<double>(fileBytes(name));
+        t_current.seconds = seconds;
+        draw();
+    }
 }
 
 void Progress::endInput() {
+    add(m_dBytesDone, t_current.bytes - t_current.bytesDone);
+    t_current = {};
     ++m_uiInputsDone;
-    m_dSecondsDone += m_dInputDone;
-    m_uiBytesDone += m_uiInputBytes;
-    m_dInputDone = 0.0;
-    m_uiInputBytes = 0;
+}
+
+void Progress::count(double seconds) {
+    add(m_dSecondsDone, seconds - t_current.secondsDone);
+    t_current.secondsDone = seconds;
+    const double share = t_current.seconds > 0.0 ? std::min(1.0, seconds / t_current.seconds) : 0.0;
+    add(m_dBytesDone, share * t_current.bytes - t_current.bytesDone);
+    t_current.bytesDone = share * t_current.bytes;
+}
+
+void Progress::addBytes(const std::string& input) {
+    m_dBytes += static_cast<double>(fileBytes(input));
+}
+
+void Progress::add(std::atomic<double>& sum, double value) {
+    sum.fetch_add(value, std::memory_order_relaxed);
 }
 
 void Progress::draw() {
+    if (!m_bShown || std::this_thread::get_id() != m_owner) {
+        return;
+    }
     const Clock::time_point now = Clock::now();
     if (now < m_nextDraw) {
         return;
     }
     m_nextDraw = now + std::chrono::milliseconds(100);
     const double elapsed = std::chrono::duration<double>(now - m_start).count();
-    const double seconds = m_dSecondsDone + m_dInputDone;
+    const double seconds = m_dSecondsDone;
     std::string line = formatted("%.0f", static_cast<double>(m_uiInputsDone)) +
                        formatted("/%.0f files", static_cast<double>(m_uiInputs)) + ", " + clock(seconds) + " of audio";
     if (elapsed > 0.0 && seconds > 0.0) {
         line += formatted(", %.0f x real time", seconds / elapsed);
     }
-    const double ofInput = m_dInputSeconds > 0.0 ? std::min(1.0, m_dInputDone / m_dInputSeconds) : 0.0;
-    const double bytesDone = static_cast<double>(m_uiBytesDone) + ofInput * static_cast<double>(m_uiInputBytes);
-    if (bytesDone > 0.0 && elapsed > 0.0) {
-        line += ", " + clock(elapsed * (static_cast<double>(m_uiBytes) / bytesDone - 1.0)) + " left";
+    const double all = m_dBytes > 0.0 ? m_dBytes : static_cast<double>(m_uiInputs);
+    const double done = m_dBytes > 0.0 ? m_dBytesDone.load() : static_cast<double>(m_uiInputsDone);
+    if (done > 0.0 && elapsed > 0.0) {
+        line += ", " + clock(elapsed * (all / done - 1.0)) + " left";
     }
     m_diagnostics.status(line.substr(0, terminalWidth()));
 }

@@ -1,8 +1,9 @@
 #include "shell/RepairedStream.h"
 
+#include "shell/Interrupt.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -68,15 +69,10 @@ bool RepairedStream::start(const std::string& path) {
         return fail(errno);
     }
     m_strPath = "/dev/fd/" + std::to_string(m_pipe[0]);
-    // Signals are for the thread that does the work.
-    sigset_t all;
-    sigset_t previous;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &previous);
+    const Interrupt::Shield shield;
     m_sender = std::thread(sendFile, m_iFile, m_pipe[1]);
     m_iFile = -1;
     m_pipe[1] = -1;
-    ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
     return true;
 }
 

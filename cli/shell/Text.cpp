@@ -69,6 +69,21 @@ std::string jsonNumber(double value) {
     return std::isfinite(value) ? shortest(value) : "null";
 }
 
+std::string escaped(std::string_view text) {
+    std::string line;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\t' || c == '\n' || c == '\r' || c == '\\') {
+            line += {'\\', c == '\t' ? 't' : c == '\n' ? 'n' : c == '\r' ? 'r' : '\\'};
+        } else if (byte < ' ' || byte == 0x7f) {
+            line += {'\\', 'x', c_hexDigits[byte >> 4], c_hexDigits[byte & 15]};
+        } else {
+            line += c;
+        }
+    }
+    return line;
+}
+
 bool isUtf8(std::string_view text) {
     while (!text.empty()) {
         const std::size_t length = utf8Length(text);

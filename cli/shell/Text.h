@@ -21,6 +21,9 @@ std::string jsonString(std::string_view text);
 /// A JSON number: the shortest that gives this one back; null for what JSON has no number for.
 std::string jsonNumber(double value);
 
+/// The text with control characters and backslashes as C writes them: \t, \n, \r, \\, \x1b.
+std::string escaped(std::string_view text);
+
 bool isUtf8(std::string_view text);
 
 /// Appends a character in UTF-8.

@@ -35,7 +35,7 @@ class Usage(CommandTest):
         self.assertRegex(run("--version").stdout, rb"^murvane-audio \d+\.\d+\.\d+\n$")
 
     def test_every_subcommand_shows_examples(self):
-        for subcommand in ("features", "evaluate", "info", "list"):
+        for subcommand in ("features", "evaluate", "info", "list", "merge"):
             self.assertIn(b"Examples:\n  murvane-audio " + subcommand.encode(), run(subcommand, "--help").stdout)
 
     def test_a_file_and_a_feature_are_needed(self):

@@ -29,6 +29,27 @@ std::string folderOf(const std::string& fileName) {
     return separator == std::string::npos || separator == 0 ? "" : fileName.substr(0, separator + 1);
 }
 
+// Not by opening: that would wait for the writer of a pipe, or take a reader away from it.
+bool doesFileExist(const char* name) {
+    std::error_code ignored;
+    return ::faccessat(AT_FDCWD, name, R_OK, AT_EACCESS) == 0 && !std::filesystem::is_directory(name, ignored);
+}
+
+// Looks for one candidate of a relative name; `out` stays empty when there is no such file. False when it is no path at
+// all.
+bool findRelative(const std::string& candidate, const char* name, std::string& out) {
+    std::string path;
+    if (!OS::getCanonicalPath(candidate.c_str(), path)) {
+        logger().log(LogLevel::Error, c_szSource, __LINE__, "Error in filename ", name, ". File will be skipped.");
+        return false;
+    }
+    logger().log(LogLevel::Debug, c_szSource, __LINE__, "Trying absolute path: ", path);
+    if (doesFileExist(path.c_str())) {
+        out = path;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool AudioSetParser::setAudioSetFilename(const char* fileName) {
@@ -98,57 +119,39 @@ void AudioSetParser::goToNextValidFilename() {
 
 // The path of an entry, or null when it is to be skipped.
 const char* AudioSetParser::getFullFilename(const char* name) {
-    m_strFullFilename.clear();
+    return findAudioFile(m_strAudioSetFilename.c_str(), name, m_strFullFilename) ? m_strFullFilename.c_str() : nullptr;
+}
+
+bool AudioSetParser::findAudioFile(const char* listName, const char* entry, std::string& out) {
+    out.clear();
     const auto skip = [&](const char* pathKind) {
-        logger().log(LogLevel::Error, c_szSource, __LINE__, "Could not open  file ", name, " (", pathKind,
+        logger().log(LogLevel::Error, c_szSource, __LINE__, "Could not open  file ", entry, " (", pathKind,
                      " path detected). File will be skipped.");
-        return nullptr;
+        return false;
     };
-    if (!OS::isPathRelative(name)) {
-        if (!doesFileExist(name)) {
+    if (!OS::isPathRelative(entry)) {
+        if (!doesFileExist(entry)) {
             return skip("absolute");
         }
-        m_strFullFilename = name;
-        return m_strFullFilename.c_str();
+        out = entry;
+        return true;
     }
-    bool isFound = false;
-    if (!findRelative(folderOf(m_strAudioSetFilename) + name, name, isFound)) {
-        return nullptr;
+    if (!findRelative(folderOf(listName) + entry, entry, out)) {
+        return false;
     }
-    if (!isFound) {
+    if (out.empty()) {
         const char* dataFolder = std::getenv(c_szDataFolderVariable);
         if (dataFolder == nullptr) {
             return skip("relative");
         }
-        if (!findRelative(std::string(dataFolder) + "\\" + name, name, isFound)) {
-            return nullptr;
+        if (!findRelative(std::string(dataFolder) + "\\" + entry, entry, out)) {
+            return false;
         }
-        if (!isFound) {
+        if (out.empty()) {
             return skip("relative");
         }
     }
-    return m_strFullFilename.c_str();
-}
-
-// Looks for one candidate of a relative name; false when it is no path at all.
-bool AudioSetParser::findRelative(const std::string& candidate, const char* name, bool& isFound) {
-    std::string path;
-    if (!OS::getCanonicalPath(candidate.c_str(), path)) {
-        logger().log(LogLevel::Error, c_szSource, __LINE__, "Error in filename ", name, ". File will be skipped.");
-        return false;
-    }
-    logger().log(LogLevel::Debug, c_szSource, __LINE__, "Trying absolute path: ", path);
-    isFound = doesFileExist(path.c_str());
-    if (isFound) {
-        m_strFullFilename = path;
-    }
     return true;
-}
-
-// Not by opening: that would wait for the writer of a pipe, or take a reader away from it.
-bool AudioSetParser::doesFileExist(const char* name) {
-    std::error_code ignored;
-    return ::faccessat(AT_FDCWD, name, R_OK, AT_EACCESS) == 0 && !std::filesystem::is_directory(name, ignored);
 }
 
 }  // namespace Zantrix::Audio

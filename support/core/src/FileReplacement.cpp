@@ -80,6 +80,7 @@ bool FileReplacement::open(const std::string& path, InPlace inPlace) {
     discard();
     m_strError.clear();
     m_strBuffer.clear();
+    m_time.reset();
     m_uiSize = 0;
     m_strTarget = followLinks(path);
 
@@ -189,6 +190,10 @@ bool FileReplacement::commit() {
         if (!append(m_strBuffer.data(), m_strBuffer.size())) {
             return false;
         }
+    }
+    if (m_eKind != Kind::Device && m_time) {
+        const std::timespec times[] = {*m_time, *m_time};
+        ::futimens(m_iDescriptor, times);  // at worst it is later than said
     }
     if (m_eKind != Kind::Device && ::fsync(m_iDescriptor) != 0) {
         return fail(errno);

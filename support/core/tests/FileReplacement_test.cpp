@@ -154,6 +154,24 @@ TEST_F(FileReplacementTest, TakesANameInTheWorkingFolder) {
 
 // --- modes and owners ---
 
+TEST_F(FileReplacementTest, IsAsOldAsItIsToldToBe) {
+    const auto modified = [this] {
+        struct stat status {};
+        EXPECT_EQ(::stat(m_path.c_str(), &status), 0);
+        return std::pair(status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
+    };
+    FileReplacement file;
+    ASSERT_TRUE(file.open(m_path));
+    file.setTime({1000000000, 123456789});
+    EXPECT_TRUE(write(file, "old"));
+    EXPECT_TRUE(file.commit());
+    EXPECT_EQ(modified(), std::pair(time_t(1000000000), 123456789L));
+    ASSERT_TRUE(file.open(m_path));
+    EXPECT_TRUE(write(file, "new"));
+    EXPECT_TRUE(file.commit());
+    EXPECT_GT(modified().first, 1000000000);
+}
+
 TEST_F(FileReplacementTest, KeepsTheModeOfTheFileItReplaces) {
     for (const mode_t mode : {0600u, 0644u, 0751u, 0444u, 01777u}) {
         fs::remove(m_path);

@@ -41,11 +41,16 @@ public:
     /// handed out yet: a loop that asks it takes the current entry first.
     bool atEnd() const;
 
+    /// Looks for the file of one entry, as `getNextAudioFile` does; any number of threads may at the same time.
+    ///
+    /// @param listName  the list in which the entry stands; it is not opened
+    /// @param out       as `getNextAudioFile` gives it; "" when there is none
+    /// @return false, after an ERROR record, when the entry leads to no file
+    static bool findAudioFile(const char* listName, const char* entry, std::string& out);
+
 private:
     void goToNextValidFilename();
     const char* getFullFilename(const char* name);
-    static bool doesFileExist(const char* name);
-    bool findRelative(const std::string& candidate, const char* name, bool& isFound);
 
     std::string m_strAudioSetFilename;
     StringVector m_vFiles;

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
+#include <optional>
 #include <string>
 
 namespace Zantrix {
@@ -49,6 +51,10 @@ public:
     /// Whether `writeAt` and `truncate` work: false for devices and pipes.
     bool isSeekable() const { return m_eKind != Kind::Device; }
 
+    /// Says when the file was last modified, once all is written; without it that is when it was. Nothing for devices
+    /// and pipes.
+    void setTime(const std::timespec& time) { m_time = time; }
+
     bool commit();
 
     /// What went wrong, such as "No space left on device"; empty when nothing did.
@@ -68,6 +74,7 @@ private:
     std::string m_strTarget;     // links resolved
     std::string m_strTemporary;  // of Kind::Temporary
     std::string m_strBuffer;     // of Kind::Buffer
+    std::optional<std::timespec> m_time;
     std::string m_strError;
 };
 

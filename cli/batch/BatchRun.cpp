@@ -1,0 +1,118 @@
+#include "batch/BatchRun.h"
+
+#include "shell/Interrupt.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Zantrix::Cli {
+
+namespace {
+
+// What may wait for its turn, for each thread. Enough that threads seldom wait for each other; little enough that
+// memory does not depend on how long one of many inputs is.
+constexpr std::size_t c_uiInputsAhead = 16;
+constexpr std::size_t c_uiBytesAhead = std::size_t(8) << 20;
+
+}  // namespace
+
+class BatchRun::InputParcel : public Parcel {
+public:
+    InputParcel(BatchRun& run, std::size_t input, InputMessages messages, std::unique_ptr<Delivery> pDelivery)
+        : m_run(run), m_uiInput(input), m_messages(std::move(messages)), m_pDelivery(std::move(pDelivery)) {}
+
+    void deliver() override {
+        m_run.m_diagnostics.takeOver(std::move(m_messages));
+        m_run.finish(m_uiInput, m_pDelivery.get());
+    }
+
+private:
+    BatchRun& m_run;
+    std::size_t m_uiInput;
+    InputMessages m_messages;
+    std::unique_ptr<Delivery> m_pDelivery;
+};
+
+BatchRun::BatchRun(const InputNames& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics,
+                   Progress& progress)
+    : m_inputs(inputs),
+      m_crew(crew),
+      m_uiThreads(static_cast<unsigned>(std::clamp<std::size_t>(inputs.size(), 1, crew.size()))),
+      m_failures(failures),
+      m_diagnostics(diagnostics),
+      m_progress(progress),
+      m_store(c_uiBytesAhead * m_uiThreads),
+      m_turns(crew, inputs.size(), c_uiInputsAhead * m_uiThreads) {}
+
+BatchRun::Result BatchRun::run(const std::function<std::unique_ptr<BatchWorker>()>& makeWorker) {
+    const auto workAll = [&] {
+        const std::unique_ptr<BatchWorker> pWorker = makeWorker();
+        work(*pWorker);
+    };
+    const auto watch = [&] {
+        m_progress.draw();
+        if (Interrupt::requested()) {
+            m_turns.stop();
+        }
+    };
+    if (m_uiThreads == 1) {
+        workAll();
+    } else {
+        m_crew.run(m_uiThreads, workAll, watch, [&] { m_turns.stop(); });
+    }
+    if (Interrupt::requested() && (m_bOutputFailed || m_turns.done() < m_inputs.size())) {
+        return Result::Interrupted;
+    }
+    return m_bOutputFailed ? Result::OutputFailed : m_bAllDone ? Result::AllDone : Result::SomeFailed;
+}
+
+void BatchRun::work(BatchWorker& worker) {
+    while (const auto input = m_turns.take()) {
+        if (Interrupt::requested()) {
+            m_turns.stop();
+            return;
+        }
+        Turn turn(m_turns, m_store, *input);
+        std::unique_ptr<Delivery> pDelivery = process(worker, *input, turn);
+        InputMessages messages = m_diagnostics.handOver();
+        if (Interrupt::requested()) {
+            m_turns.stop();
+            return;
+        }
+        m_turns.pass(*input, std::make_unique<InputParcel>(*this, *input, std::move(messages), std::move(pDelivery)));
+    }
+}
+
+std::unique_ptr<Delivery> BatchRun::process(BatchWorker& worker, std::size_t input, Turn& turn) {
+    m_diagnostics.beginInput(m_inputs.teller(input));
+    if (!turn.hasCome()) {
+        m_diagnostics.hold();
+    }
+    const std::optional<std::string> file = m_inputs.find(input, m_diagnostics);
+    if (!file) {
+        return nullptr;
+    }
+    m_diagnostics.renameInput(*file);
+    m_progress.beginInput(*file, 0.0);
+    std::unique_ptr<Delivery> pDelivery = worker.process(*file, turn);
+    m_progress.endInput();
+    return pDelivery;
+}
+
+void BatchRun::finish(std::size_t input, Delivery* pDelivery) {
+    Outcome outcome = pDelivery == nullptr ? Outcome::InputFailed : pDelivery->deliver();
+    m_bAllDone = m_bAllDone && outcome == Outcome::Done;
+    if (outcome == Outcome::InputFailed) {
+        const std::string& why = m_diagnostics.input().why;
+        const std::string name = m_inputs.given(input);
+        m_failures.add(name, why.empty() ? "not told at this log level" : why);
+        outcome = onFailed && !onFailed(name) ? Outcome::OutputFailed : outcome;
+    }
+    if (outcome == Outcome::OutputFailed) {
+        m_bOutputFailed = true;
+        m_turns.stop();
+    }
+    m_diagnostics.endInput();
+}
+
+}  // namespace Zantrix::Cli

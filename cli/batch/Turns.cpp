@@ -1,0 +1,58 @@
+#include "batch/Turns.h"
+
+#include <utility>
+
+namespace Zantrix::Cli {
+
+Turns::Turns(Crew& crew, std::size_t inputs, std::size_t ahead) : m_crew(crew), m_uiInputs(inputs), m_uiAhead(ahead) {}
+
+std::optional<std::size_t> Turns::take() {
+    std::optional<std::size_t> taken;
+    const auto isOver = [&] {
+        const std::size_t next = m_uiNext;
+        if (m_bStopped || next == m_uiInputs) {
+            return true;
+        }
+        if (next - m_uiCurrent >= m_uiAhead) {
+            return false;
+        }
+        m_uiNext = next + 1;
+        taken = next;
+        return true;
+    };
+    m_crew.wait(isOver);
+    return taken;
+}
+
+bool Turns::await(std::size_t input) {
+    m_crew.wait([&] { return m_bStopped || hasCome(input); });
+    return !m_bStopped;
+}
+
+void Turns::pass(std::size_t input, std::unique_ptr<Parcel> pParcel) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!hasCome(input)) {
+            m_waiting[input] = std::move(pParcel);
+            return;
+        }
+    }
+    while (pParcel && !m_bStopped) {
+        pParcel->deliver();
+        pParcel.reset();
+        const std::lock_guard lock(m_mutex);
+        m_uiCurrent.fetch_add(1, std::memory_order_acq_rel);
+        if (const auto found = m_waiting.find(m_uiCurrent); found != m_waiting.end()) {
+            pParcel = std::move(found->second);
+            m_waiting.erase(found);
+        }
+    }
+    m_crew.wakeAll();
+}
+
+void Turns::stop() {
+    m_bStopped = true;
+    m_crew.wakeAll();
+}
+
+}  // namespace Zantrix::Cli

@@ -1,0 +1,56 @@
+#include "features/FeatureTable.h"
+
+namespace Zantrix::Cli {
+
+std::optional<std::string> FeatureTable::misfit(const TableInput& input) const {
+    if (!m_bBegun || input.pColumns->isAlike(*m_pColumns)) {
+        return std::nullopt;
+    }
+    return "does not fit into the table: " + input.pColumns->difference(*m_pColumns) + " at " +
+           std::to_string(input.rate) + " Hz, but " + m_pColumns->difference(*input.pColumns) +
+           " for the inputs before";
+}
+
+bool FeatureTable::beginInput(const TableInput& input) {
+    m_bWasBegun = m_bBegun;
+    m_pColumnsBefore = m_pColumns;
+    return m_writer.beginInput(input.name, input.rate);
+}
+
+bool FeatureTable::addRows(const TableInput& input, std::string_view bytes, std::size_t rows) {
+    return (m_bBegun || begin(input.pColumns)) && m_writer.addRows(bytes, rows);
+}
+
+bool FeatureTable::endInput(const TableInput& input) {
+    m_bAnyDone = true;
+    if (!m_pColumns) {
+        m_pColumns = input.pColumns;
+    }
+    return m_writer.endInput(input.firstTime);
+}
+
+bool FeatureTable::dropInput() {
+    if (!m_writer.dropInput()) {
+        return false;
+    }
+    // The head of the table is gone as well, if this input brought it.
+    m_bBegun = m_bWasBegun;
+    m_pColumns = m_pColumnsBefore;
+    return true;
+}
+
+bool FeatureTable::finish() {
+    if (!m_bAnyDone && !m_writer.wantsEmpty()) {
+        m_writer.abandon();
+        return true;
+    }
+    return (m_bBegun || !m_bAnyDone || begin(m_pColumns)) && m_writer.finish();
+}
+
+bool FeatureTable::begin(const std::shared_ptr<const FeatureColumns>& pColumns) {
+    m_pColumns = pColumns;
+    m_bBegun = true;
+    return m_writer.begin(m_pColumns->names());
+}
+
+}  // namespace Zantrix::Cli

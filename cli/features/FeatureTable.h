@@ -1,0 +1,63 @@
+#pragma once
+
+#include "features/FeatureColumns.h"
+#include "features/TableWriter.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Zantrix::Cli {
+
+/// What the table needs to know of an input.
+struct TableInput {
+    std::string name;
+    std::uint64_t rate = 0;                          ///< in Hz
+    std::shared_ptr<const FeatureColumns> pColumns;  ///< for this rate
+    double firstTime = 0.0;                          ///< of the first row, in seconds
+};
+
+/// The table that all inputs of a run share. It is touched by one of them at a time, in its turn.
+///
+/// Its columns are those of the first input that has rows; another one must have the same to stand in it.
+class FeatureTable {
+public:
+    explicit FeatureTable(TableWriter& writer) : m_writer(writer) {}
+
+    /// Why rows of an input cannot stand in the table, for a message; nothing when they can.
+    std::optional<std::string> misfit(const TableInput& input) const;
+
+    /// Begins an input. This and all that follow return false when the output fails.
+    bool beginInput(const TableInput& input);
+
+    /// Adds rows to the input begun last, which fits.
+    bool addRows(const TableInput& input, std::string_view bytes, std::size_t rows);
+
+    bool endInput(const TableInput& input);
+
+    /// Whether rows that were added can be withdrawn in any case.
+    bool canDrop() const { return m_writer.canDrop(); }
+
+    /// Withdraws the rows of the input begun last; false when some have left already.
+    bool dropInput();
+
+    /// Tells of an input that failed.
+    bool addFailed(const std::string& name) { return m_writer.addFailed(name); }
+
+    /// Ends the table; without an input that was done there is none, unless it is a shard.
+    bool finish();
+
+private:
+    bool begin(const std::shared_ptr<const FeatureColumns>& pColumns);
+
+    TableWriter& m_writer;
+    std::shared_ptr<const FeatureColumns> m_pColumns;  // of the table; before it begins, of the first input done
+    bool m_bBegun = false;
+    bool m_bWasBegun = false;  // before the current input, as the next
+    std::shared_ptr<const FeatureColumns> m_pColumnsBefore;
+    bool m_bAnyDone = false;
+};
+
+}  // namespace Zantrix::Cli

@@ -1,0 +1,196 @@
+#include "features/TableParts.h"
+
+#include "shell/Interrupt.h"
+#include "shell/Text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace Zantrix::Cli {
+
+namespace {
+
+constexpr std::size_t c_uiPieceSize = std::size_t(1) << 20;
+
+[[noreturn]] void refuse(const TablePart& part, const std::string& why) {
+    throw TableError(part.path + ": " + why);
+}
+
+std::string textOf(const std::vector<Column>& columns) {
+    std::vector<std::string> texts;
+    for (const Column& column : columns) {
+        texts.push_back(column.kind == Column::Kind::Feature ? column.text : formulaArgument(column));
+    }
+    return join(texts, " ");
+}
+
+std::string windowOf(const TableDefinition& definition) {
+    return "windows of " + std::to_string(definition.windowMs) + " ms that overlap by " +
+           std::to_string(definition.overlapMs) + " ms" + (definition.suppressDc ? ", without DC" : "");
+}
+
+std::string difference(const TableDefinition& a, const TableDefinition& b) {
+    if (a.format != b.format) {
+        return "its format is " + a.format + ", not " + b.format;
+    }
+    if (a.columns != b.columns) {
+        return "it holds " + textOf(a.columns) + ", not " + textOf(b.columns);
+    }
+    return a == b ? "" : "it is made of " + windowOf(a) + ", not of " + windowOf(b);
+}
+
+// Copies the rest of a file.
+bool copyRest(int descriptor, std::uint64_t size, const TablePart& part, Output& output) {
+    std::vector<char> piece(c_uiPieceSize);
+    while (size > 0 && !Interrupt::requested()) {
+        const ssize_t count = ::read(descriptor, piece.data(), std::min<std::uint64_t>(size, piece.size()));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            refuse(part, count < 0 ? std::strerror(errno) : "has become shorter");
+        }
+        if (!output.write(piece.data(), static_cast<std::size_t>(count))) {
+            return false;
+        }
+        size -= static_cast<std::uint64_t>(count);
+    }
+    return size == 0;
+}
+
+}  // namespace
+
+TableParts::TableParts(const std::vector<std::string>& paths) {
+    for (const std::string& path : paths) {
+        ManifestReader manifest(path + ".json");
+        ManifestReader::Summary summary = manifest.summarize();
+        checkTable(path, summary);
+        m_parts.push_back({path, std::move(manifest), std::move(summary)});
+        checkBelongTogether(m_parts.back());
+    }
+    std::sort(m_parts.begin(), m_parts.end(), [](const TablePart& a, const TablePart& b) {
+        return a.summary.inputs.shard->index < b.summary.inputs.shard->index;
+    });
+    checkAllThere();
+    addUp();
+}
+
+void TableParts::checkBelongTogether(const TablePart& part) const {
+    const TableInputs& inputs = part.summary.inputs;
+    if (!inputs.shard) {
+        refuse(part, "is a whole table, not a part made with --shard");
+    }
+    const TablePart& first = m_parts.front();
+    const TableInputs& expected = first.summary.inputs;
+    if (inputs.shard->count != expected.shard->count) {
+        refuse(part, "is part " + inputs.shard->text() + ", but " + first.path + " is part " + expected.shard->text());
+    }
+    if (inputs.list != expected.list) {
+        refuse(part, "is made of another list of inputs than " + first.path);
+    }
+    if (const std::string different = difference(part.summary.definition, first.summary.definition);
+        !different.empty()) {
+        refuse(part, "does not fit to " + first.path + ": " + different);
+    }
+    const std::uint64_t size = inputs.shard->end(inputs.list.count) - inputs.shard->first(inputs.list.count);
+    if (part.summary.entryCount != size) {
+        refuse(part, "tells of " + std::to_string(part.summary.entryCount) + " inputs, but part " +
+                         inputs.shard->text() + " of " + std::to_string(inputs.list.count) + " has " +
+                         std::to_string(size));
+    }
+}
+
+void TableParts::checkAllThere() const {
+    const std::uint64_t count = m_parts.front().summary.inputs.shard->count;
+    std::uint64_t next = 1;
+    for (const TablePart& part : m_parts) {
+        const Shard& shard = *part.summary.inputs.shard;
+        if (shard.index < next) {
+            refuse(part, "is part " + shard.text() + ", and so is " + (&part - 1)->path);
+        }
+        if (shard.index > next) {
+            break;
+        }
+        ++next;
+    }
+    if (next <= count) {
+        throw TableError("part " + Shard{next, count}.text() + " is missing");
+    }
+}
+
+void TableParts::addUp() {
+    m_whole.definition = m_parts.front().summary.definition;
+    m_whole.inputs.list = m_parts.front().summary.inputs.list;
+    const TablePart* pDecides = nullptr;  // the columns: the first with rows, or else the first with an input done
+    for (const TablePart& part : m_parts) {
+        const ManifestReader::Summary& summary = part.summary;
+        m_whole.entryCount += summary.doneCount;
+        m_whole.doneCount += summary.doneCount;
+        m_whole.rowCount += summary.rowCount;
+        if (summary.columns && (pDecides == nullptr || (pDecides->summary.rowCount == 0 && summary.rowCount > 0))) {
+            pDecides = &part;
+        }
+    }
+    for (const TablePart& part : m_parts) {
+        if (part.summary.rowCount > 0 && part.summary.columns != pDecides->summary.columns) {
+            refuse(part, "has other columns than " + pDecides->path + ": the rates of its inputs are others");
+        }
+    }
+    m_whole.columns = pDecides == nullptr ? std::nullopt : pDecides->summary.columns;
+}
+
+bool TableParts::writeTable(Output& output) const {
+    const std::string head = headOf(m_whole);
+    if (!output.write(head.data(), head.size())) {
+        return false;
+    }
+    for (const TablePart& part : m_parts) {
+        const int descriptor = ::open(part.path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (descriptor < 0) {
+            refuse(part, std::strerror(errno));
+        }
+        const std::uint64_t headSize = headOf(part.summary).size();
+        ::lseek(descriptor, static_cast<off_t>(headSize), SEEK_SET);
+        const bool isCopied = copyRest(descriptor, part.summary.byteCount - headSize, part, output);
+        ::close(descriptor);
+        if (!isCopied) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool TableParts::writeManifest(ManifestWriter& writer) const {
+    bool isWritten = writer.setColumns(m_whole.columns.value_or(std::vector<std::string>()));
+    std::uint64_t rows = 0;
+    for (const TablePart& part : m_parts) {
+        part.manifest.forEach([&](TableEntry entry) {
+            if (entry.isDone) {
+                entry.firstRow = rows;
+                rows += entry.rowCount;
+                isWritten = isWritten && writer.add(entry);
+            }
+        });
+    }
+    return isWritten;
+}
+
+std::timespec TableParts::time() const {
+    std::timespec oldest{};
+    for (const TablePart& part : m_parts) {
+        struct stat status {};
+        const bool isThere = ::stat(part.path.c_str(), &status) == 0;
+        const auto key = [](const std::timespec& time) { return std::pair(time.tv_sec, time.tv_nsec); };
+        if (isThere && (oldest.tv_sec == 0 || key(status.st_mtim) < key(oldest))) {
+            oldest = status.st_mtim;
+        }
+    }
+    return oldest;
+}
+
+}  // namespace Zantrix::Cli

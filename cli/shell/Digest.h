@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Zantrix::Cli {
+
+/// A number that tells whether two texts are the same, unless somebody wants to deceive: the value of the polynomial
+/// whose coefficients are the bytes of the text, seven by seven, at a fixed place, modulo the prime 2^61 - 1.
+class Digest {
+public:
+    void add(std::string_view bytes);
+
+    /// Sixteen hexadecimal digits for all that was added so far.
+    std::string hex() const;
+
+private:
+    void addWord(std::uint64_t word);
+
+    std::uint64_t m_uiValue = 0;
+    std::uint64_t m_uiLength = 0;
+    std::uint64_t m_uiPending = 0;  // fewer than seven bytes
+    unsigned m_uiPendingBytes = 0;
+};
+
+}  // namespace Zantrix::Cli

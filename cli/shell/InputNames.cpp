@@ -1,0 +1,244 @@
+#include "shell/InputNames.h"
+
+#include "Command.h"
+#include "shell/Digest.h"
+#include "shell/InputFile.h"
+#include "shell/Interrupt.h"
+
+#include <murvane/audio/batch/AudioSetParser.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <iterator>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace po = boost::program_options;
+
+namespace Zantrix::Cli {
+
+namespace {
+
+constexpr const char* c_szStandardInput = "-";
+
+constexpr std::size_t c_uiBlockSize = std::size_t(1) << 20;
+
+// Longer lines are not names of files but something else, which need not be in memory to be told so.
+constexpr std::size_t c_uiMaxLength = std::size_t(2) * PATH_MAX;
+
+// Cuts what comes in pieces of any size into lines.
+template <typename Take>
+class LineCutter {
+public:
+    explicit LineCutter(Take take) : m_take(take) {}
+
+    void add(std::string_view bytes) {
+        for (std::size_t end = bytes.find('\n'); end != std::string_view::npos; end = bytes.find('\n')) {
+            append(bytes.substr(0, end));
+            finish();
+            bytes.remove_prefix(end + 1);
+        }
+        append(bytes);
+    }
+
+    void finish() {
+        if (!m_strLine.empty() && m_strLine[0] != '#' && m_strLine != "\r") {
+            m_take(m_strLine);
+        }
+        m_strLine.clear();
+    }
+
+private:
+    void append(std::string_view bytes) { m_strLine += bytes.substr(0, c_uiMaxLength - m_strLine.size()); }
+
+    Take m_take;
+    std::string m_strLine;
+};
+
+bool isFile(const std::string& name) {
+    return ::access(name.c_str(), F_OK) == 0;
+}
+
+}  // namespace
+
+void addInputOptions(po::options_description& description, InputArguments& arguments) {
+    description.add_options()("audioset", po::value(&arguments.audioSet)->value_name("LIST"),
+                              "read the files that this list names, too, behind the others");
+}
+
+std::size_t countBehindDashes(const std::vector<std::string>& arguments) {
+    const auto dashes = std::find(arguments.begin(), arguments.end(), "--");
+    return dashes == arguments.end() ? 0 : static_cast<std::size_t>(arguments.end() - dashes) - 1;
+}
+
+bool InputNames::gather(const InputArguments& arguments, Diagnostics& diagnostics) {
+    const std::size_t operands = arguments.files.size() - std::min(arguments.behindDashes, arguments.files.size());
+    if (std::count(arguments.files.begin(), arguments.files.begin() + static_cast<std::ptrdiff_t>(operands),
+                   c_szStandardInput) > 1) {
+        throw UsageError("'-' is given twice; standard input can be read once");
+    }
+    bool areRead = true;
+    for (std::size_t i = 0; i < arguments.files.size(); ++i) {
+        if (i < operands && arguments.files[i] == c_szStandardInput) {
+            areRead = addStandardInput(diagnostics) && areRead;
+        } else {
+            add(arguments.files[i]);
+        }
+    }
+    m_uiAudioSet = size();
+    m_strAudioSet = arguments.audioSet;
+    return (m_strAudioSet.empty() || addAudioSet(diagnostics)) && areRead;
+}
+
+void InputNames::add(std::string_view name) {
+    if (m_blocks.empty() || m_blocks.back().size() + name.size() > c_uiBlockSize) {
+        m_blocks.emplace_back().reserve(std::max(name.size(), c_uiBlockSize));
+    }
+    m_names.push_back({static_cast<std::uint32_t>(m_blocks.size() - 1),
+                       static_cast<std::uint32_t>(m_blocks.back().size()), static_cast<std::uint32_t>(name.size())});
+    m_blocks.back() += name;
+}
+
+// False, with errno set and nothing added, when reading fails: half a list is none.
+bool InputNames::addLines(int descriptor) {
+    const std::size_t before = size();
+    LineCutter lines([this](std::string_view line) { add(line); });
+    std::array<char, 65536> piece{};
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor, piece.data(), piece.size());
+        lines.add({piece.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))});
+    } while (!Interrupt::requested() && (count > 0 || (count < 0 && errno == EINTR)));
+    lines.finish();
+    if (count < 0) {
+        m_names.resize(before);
+    }
+    return count >= 0;
+}
+
+bool InputNames::addStandardInput(Diagnostics& diagnostics) {
+    m_uiLines = size();
+    const bool isRead = addLines(STDIN_FILENO);
+    if (!isRead) {
+        diagnostics.error(std::string("cannot read names from standard input: ") + std::strerror(errno));
+        m_unreadable.emplace_back(c_szStandardInput);
+    }
+    m_uiLinesEnd = size();
+    return isRead;
+}
+
+bool InputNames::addAudioSet(Diagnostics& diagnostics) {
+    const int descriptor = ::open(m_strAudioSet.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool isRead = descriptor >= 0 && addLines(descriptor);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+    if (!isRead) {
+        m_unreadable.push_back(m_strAudioSet);
+        diagnostics.beginInput(m_strAudioSet);
+        Audio::AudioSetParser().setAudioSetFilename(m_strAudioSet.c_str());  // has the words for this
+        diagnostics.endInput();
+    }
+    return isRead;
+}
+
+ListIdentity InputNames::identity() const {
+    std::error_code ignored;
+    const std::string folder =
+        std::filesystem::absolute(m_strAudioSet, ignored).lexically_normal().parent_path().string() + '/';
+    Digest digest;
+    for (std::size_t i = 0; i < size(); ++i) {
+        const std::string_view name = at(i);
+        if (i >= m_uiAudioSet && name.front() != '/') {
+            digest.add(folder);
+        }
+        digest.add(name);
+        digest.add({"", 1});  // a zero byte, which no name of a file holds
+    }
+    return {size(), digest.hex()};
+}
+
+void InputNames::keep(std::size_t first, std::size_t end) {
+    m_names.erase(m_names.begin() + static_cast<std::ptrdiff_t>(end), m_names.end());
+    m_names.erase(m_names.begin(), m_names.begin() + static_cast<std::ptrdiff_t>(first));
+    for (std::size_t* pPosition : {&m_uiLines, &m_uiLinesEnd, &m_uiAudioSet}) {
+        *pPosition = std::clamp(*pPosition, first, end) - first;
+    }
+    for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+        if (isEmpty() || i < m_names.front().block || i > m_names.back().block) {
+            std::string().swap(m_blocks[i]);
+        }
+    }
+}
+
+std::string InputNames::given(std::size_t index) const {
+    return std::string(at(index));
+}
+
+std::string InputNames::teller(std::size_t index) const {
+    return index < m_uiAudioSet ? given(index) : m_strAudioSet;
+}
+
+std::optional<std::string> InputNames::find(std::size_t index, Diagnostics& diagnostics) const {
+    const std::string name = given(index);
+    if (name.find('\0') != std::string::npos) {
+        diagnostics.error("a name with a zero byte leads to no file");
+        return std::nullopt;
+    }
+    return find(index, name);
+}
+
+std::optional<std::string> InputNames::findQuietly(std::size_t index) const {
+    const QuietLog quiet;
+    return find(index, given(index));
+}
+
+void InputNames::refuseToOverwrite(const std::vector<std::string>& outputs) const {
+    std::vector<std::string> existing;
+    std::copy_if(outputs.begin(), outputs.end(), std::back_inserter(existing),
+                 [](const std::string& output) { return fileBytes(output) > 0; });
+    const auto check = [&](const std::string& input) {
+        for (const std::string& output : existing) {
+            Cli::refuseToOverwrite({input}, output);
+        }
+    };
+    check(m_strAudioSet);
+    for (std::size_t i = 0; i < size() && !existing.empty(); ++i) {
+        check(findQuietly(i).value_or(""));
+    }
+}
+
+std::optional<std::string> InputNames::find(std::size_t index, const std::string& name) const {
+    const bool isLine = index >= m_uiLines && index < m_uiLinesEnd;
+    if (index < m_uiAudioSet) {
+        return isLine && name.back() == '\r' && !isFile(name) ? name.substr(0, name.size() - 1) : name;
+    }
+    if (name.back() != '\r') {
+        return findEntry(name);
+    }
+    {
+        const QuietLog quiet;
+        if (auto file = findEntry(name)) {
+            return file;
+        }
+    }
+    return findEntry(name.substr(0, name.size() - 1));
+}
+
+std::optional<std::string> InputNames::findEntry(const std::string& name) const {
+    std::string file;
+    const bool isFound = Audio::AudioSetParser::findAudioFile(m_strAudioSet.c_str(), name.c_str(), file);
+    return isFound ? std::optional(file) : std::nullopt;
+}
+
+std::string_view InputNames::at(std::size_t index) const {
+    const Name& name = m_names[index];
+    return std::string_view(m_blocks[name.block]).substr(name.offset, name.length);
+}
+
+}  // namespace Zantrix::Cli

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "shell/Diagnostics.h"
+
+#include <boost/program_options/options_description.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Zantrix::Cli {
+
+/// Where a subcommand takes its inputs from, as its arguments say.
+struct InputArguments {
+    std::vector<std::string> files;  ///< operands; "-" stands for names from standard input
+    std::size_t behindDashes = 0;    ///< how many of them, at the end, are files whatever they look like
+    std::string audioSet;            ///< a list of more files; "" for none
+
+    bool isEmpty() const { return files.empty() && audioSet.empty(); }
+};
+
+/// Adds --audioset.
+void addInputOptions(boost::program_options::options_description& description, InputArguments& arguments);
+
+/// How many of a subcommand's arguments stand behind "--".
+std::size_t countBehindDashes(const std::vector<std::string>& arguments);
+
+/// What a list of inputs can be known by.
+struct ListIdentity {
+    std::uint64_t count = 0;  ///< of names
+    std::string digest;       ///< of all of them; of relative entries of an audio set, with the folder of that
+
+    bool operator==(const ListIdentity&) const = default;
+};
+
+/// The names of all inputs of a run, in order: the operands, those from standard input in the place of "-", then the
+/// entries of the audio set. However many there are, they take little more room than their text.
+///
+/// On standard input and in an audio set each line is a name; empty lines and those that begin with "#" are skipped.
+/// Nothing is trimmed, but a carriage return at the end of a line is ignored unless a file is called like that.
+class InputNames {
+public:
+    /// Reads all names.
+    ///
+    /// @return false, after a message, when a list cannot be read; nothing of it is there, but the other names are
+    /// @throw UsageError  when "-" is given twice
+    bool gather(const InputArguments& arguments, Diagnostics& diagnostics);
+
+    std::size_t size() const { return m_names.size(); }
+    bool isEmpty() const { return m_names.empty(); }
+
+    ListIdentity identity() const;
+
+    /// Keeps the names from `first` to the one before `end`, and forgets all others.
+    void keep(std::size_t first, std::size_t end);
+
+    /// A name as it was given.
+    std::string given(std::size_t index) const;
+
+    /// Whom messages about an input are about before its file is found: the list that it stands in, or itself.
+    std::string teller(std::size_t index) const;
+
+    /// The file of an input. Any number of threads may ask.
+    ///
+    /// @return nothing, after a message, when there is none; names that are not from an audio set are not looked up
+    std::optional<std::string> find(std::size_t index, Diagnostics& diagnostics) const;
+
+    /// The same without a message.
+    std::optional<std::string> findQuietly(std::size_t index) const;
+
+    /// Makes sure that no output replaces an input or the list that names it.
+    ///
+    /// @throw UsageError  naming the input
+    void refuseToOverwrite(const std::vector<std::string>& outputs) const;
+
+    /// Lists that could not be read, for the list of failures.
+    const std::vector<std::string>& unreadable() const { return m_unreadable; }
+
+private:
+    struct Name {
+        std::uint32_t block = 0;
+        std::uint32_t offset = 0;
+        std::uint32_t length = 0;
+    };
+
+    void add(std::string_view name);
+    bool addLines(int descriptor);
+    bool addStandardInput(Diagnostics& diagnostics);
+    bool addAudioSet(Diagnostics& diagnostics);
+    std::string_view at(std::size_t index) const;
+    std::optional<std::string> find(std::size_t index, const std::string& name) const;
+    std::optional<std::string> findEntry(const std::string& name) const;
+
+    std::deque<std::string> m_blocks;
+    std::deque<Name> m_names;
+    std::size_t m_uiLines = 0;     // the first name from standard input
+    std::size_t m_uiLinesEnd = 0;  // behind the last one
+    std::size_t m_uiAudioSet = 0;  // the first entry of the audio set
+    std::string m_strAudioSet;
+    std::vector<std::string> m_unreadable;
+};
+
+}  // namespace Zantrix::Cli
