@@ -45,10 +45,13 @@ constexpr const char* c_szHelpRest =
     "same, whatever --jobs says. Only where output cannot be taken back, as in a pipe, do rows of a file that fails\n"
     "stand, if there are more than 256 KB of them.\n\n"
     "With --shard I/N the I-th of N runs of the list of all inputs is done, and PATH.json beside the output tells of\n"
-    "each. 'murvane-audio merge' joins all N outputs to what one run would have written.\n\n"
+    "each. 'murvane-audio merge' joins all N outputs to what one run would have written.\n"
+    "With --resume, PATH.json is written, too, and rows in PATH of inputs that were not modified since the run that\n"
+    "wrote it are not computed again; the result is that of a fresh run. When it would be the same, PATH stays.\n\n"
     "Examples:\n"
     "  murvane-audio features call.wav --feature SPECTRUM100HZ\n"
     "  murvane-audio features *.wav --feature FLATNESS_SPECTRUM ZEROCROSSINGRATE --output calls.csv\n"
+    "  murvane-audio features --audioset calls.txt --feature MEAN --resume --output calls.csv\n"
     "  find calls -name '*.wav' | murvane-audio features - --feature MEAN --output calls.csv --failures failed.txt\n"
     "  murvane-audio features call.wav --feature MEAN --expr 'busy=spectralRange(spectrum(x), frequencyHz=480, "
     "widthHz=20)'\n"
@@ -67,7 +70,7 @@ TableTarget targetOf(const FeaturesOptions& options, const ListIdentity& list) {
 }
 
 int run(const FeaturesOptions& options, const InputNames& inputs, Diagnostics& diagnostics, TableWriter& writer,
-        FailureList& failures) {
+        const PreviousTable* pPrevious, FailureList& failures) {
     using Result = BatchRun::Result;
     Progress progress(diagnostics, inputs, options.path.empty());
     FeatureTable table(writer);
@@ -75,7 +78,7 @@ int run(const FeaturesOptions& options, const InputNames& inputs, Diagnostics& d
     BatchRun batch(inputs, crew, failures, diagnostics, progress);
     batch.onFailed = [&](const std::string& name) { return table.addFailed(name); };
     const Result result = batch.run([&]() -> std::unique_ptr<BatchWorker> {
-        return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table,
+        return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table, pPrevious,
                                                options.format == "npy" ? makeNpyEncoder() : makeCsvEncoder(crew),
                                                diagnostics, progress);
     });
@@ -100,7 +103,10 @@ int process(const FeaturesOptions& options, InputNames& inputs, Diagnostics& dia
         diagnostics.error(Interrupt::requested() ? "interrupted" : "no file to process");
         return Interrupt::requested() ? Interrupted : SomeFailed;
     }
-    TableWriter writer(targetOf(options, inputs.identity()));
+    const TableTarget target = targetOf(options, inputs.identity());
+    const std::unique_ptr<PreviousTable> pPrevious =
+        options.batch.resume ? PreviousTable::open(target, diagnostics) : nullptr;
+    TableWriter writer(target, pPrevious.get());
     if (!writer.open()) {
         diagnostics.error(writer.describeError());
         return SomeFailed;
@@ -108,7 +114,12 @@ int process(const FeaturesOptions& options, InputNames& inputs, Diagnostics& dia
     if (const auto& shard = options.batch.shard) {
         inputs.keep(shard->first(inputs.size()), shard->end(inputs.size()));
     }
-    return run(options, inputs, diagnostics, writer, failures);
+    try {
+        return run(options, inputs, diagnostics, writer, pPrevious.get(), failures);
+    } catch (const TableError& error) {
+        diagnostics.error(error.what());
+        return SomeFailed;
+    }
 }
 
 // Writes the files that say what is done.

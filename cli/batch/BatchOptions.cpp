@@ -35,7 +35,9 @@ void addBatchOptions(po::options_description& description, BatchOptions& options
         ("shard", po::value<std::string>()->value_name("I/N")->notifier([&options](const std::string& text) {
             options.shard = parseShard(text);
         }),
-         "work on the I-th of N parts of the inputs only, by their positions; each input is in one part");
+         "work on the I-th of N parts of the inputs only, by their positions; each input is in one part")  //
+        ("resume", po::bool_switch(&options.resume),
+         "take over what the output holds already of inputs that are older than it");
 }
 
 }  // namespace Zantrix::Cli

@@ -16,12 +16,13 @@ struct BatchOptions {
 
     std::string failures;        ///< a file to write; "" for none
     std::optional<Shard> shard;  ///< the part of the inputs to work on; all without
+    bool resume = false;         ///< what is there already is taken over
 
     /// The number of threads.
     unsigned threads() const;
 };
 
-/// Adds --jobs, --failures and --shard. Wrong values throw `UsageError` when they are parsed.
+/// Adds --jobs, --failures, --shard and --resume. Wrong values throw `UsageError` when they are parsed.
 void addBatchOptions(boost::program_options::options_description& description, BatchOptions& options);
 
 }  // namespace Zantrix::Cli

@@ -21,6 +21,10 @@ bool FeatureTable::addRows(const TableInput& input, std::string_view bytes, std:
     return (m_bBegun || begin(input.pColumns)) && m_writer.addRows(bytes, rows);
 }
 
+bool FeatureTable::copyRows(const TableInput& input, const PreviousTable::Rows& rows) {
+    return (m_bBegun || rows.rowCount == 0 || begin(input.pColumns)) && m_writer.copyRows(rows);
+}
+
 bool FeatureTable::endInput(const TableInput& input) {
     m_bAnyDone = true;
     if (!m_pColumns) {

@@ -35,6 +35,12 @@ public:
     /// Adds rows to the input begun last, which fits.
     bool addRows(const TableInput& input, std::string_view bytes, std::size_t rows);
 
+    /// Adds all rows of an input from the table of an earlier run.
+    bool copyRows(const TableInput& input, const PreviousTable::Rows& rows);
+
+    /// How many bytes there are so far.
+    std::uint64_t position() const { return m_writer.position(); }
+
     bool endInput(const TableInput& input);
 
     /// Whether rows that were added can be withdrawn in any case.

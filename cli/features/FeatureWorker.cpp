@@ -1,5 +1,6 @@
 #include "features/FeatureWorker.h"
 
+#include "features/CopiedRows.h"
 #include "features/RowComputer.h"
 #include "shell/InputFile.h"
 #include "shell/Interrupt.h"
@@ -37,16 +38,22 @@ std::size_t framesPerRead(std::uint64_t rate, std::uint64_t milliseconds) {
 }  // namespace
 
 FeatureWorker::FeatureWorker(std::vector<Column> columns, const Audio::LinearAudioWindower::Config& config,
-                             FeatureTable& table, std::unique_ptr<RowEncoder> pEncoder, Diagnostics& diagnostics,
-                             Progress& progress)
+                             FeatureTable& table, const PreviousTable* pPrevious, std::unique_ptr<RowEncoder> pEncoder,
+                             Diagnostics& diagnostics, Progress& progress)
     : m_requested(std::move(columns)),
       m_config(config),
       m_table(table),
+      m_pPrevious(pPrevious),
       m_pEncoder(std::move(pEncoder)),
       m_diagnostics(diagnostics),
       m_progress(progress) {}
 
 std::unique_ptr<Delivery> FeatureWorker::process(const std::string& name, Turn& turn) {
+    if (m_pPrevious != nullptr && m_pPrevious->holds(name)) {
+        if (auto pRows = takeOver(name)) {
+            return pRows;
+        }
+    }
     InputFile input(name);
     if (!input.check(m_diagnostics)) {
         return nullptr;
@@ -61,7 +68,11 @@ std::unique_ptr<Delivery> FeatureWorker::process(const std::string& name, Turn& 
     }
     m_config.m_uiSampleRate = reader.getSamplingRate();
     m_progress.beginInput(name, static_cast<double>(input.samples()) / static_cast<double>(m_config.m_uiSampleRate));
-    if (!configure(reader) || !chooseColumns(m_config.m_uiSampleRate)) {
+    if (!configure(reader)) {
+        return nullptr;
+    }
+    if (const auto problem = chooseColumns(m_config.m_uiSampleRate)) {
+        m_diagnostics.error(*problem);
         return nullptr;
     }
     auto pRows = std::make_unique<InputRows>(turn, m_table, m_diagnostics,
@@ -76,6 +87,18 @@ std::unique_ptr<Delivery> FeatureWorker::process(const std::string& name, Turn& 
     return pRows;
 }
 
+// Null when rows of this input, computed today, would have other columns.
+std::unique_ptr<Delivery> FeatureWorker::takeOver(const std::string& name) {
+    const PreviousTable::Rows rows = m_pPrevious->find(name, 0);
+    m_config.m_uiSampleRate = rows.rate;
+    if (rows.rate == 0 || rows.rate > c_uiHighestRate || chooseColumns(rows.rate) ||
+        (rows.rowCount > 0 && m_pColumns->names() != m_pPrevious->summary().columns)) {
+        return nullptr;
+    }
+    return std::make_unique<CopiedRows>(m_table, *m_pPrevious, m_diagnostics,
+                                        TableInput{name, rows.rate, m_pColumns, 0.0});
+}
+
 bool FeatureWorker::configure(Audio::WindowedAudioFileReader& reader) {
     const std::uint64_t rate = m_config.m_uiSampleRate;
     if (rate == 0 || rate > c_uiHighestRate || !reader.configure(m_config)) {
@@ -87,18 +110,18 @@ bool FeatureWorker::configure(Audio::WindowedAudioFileReader& reader) {
     return true;
 }
 
-// The columns follow from the length of a window, which follows from the rate.
-bool FeatureWorker::chooseColumns(std::uint64_t rate) {
+// The columns follow from the length of a window, which follows from the rate. Tells why there are none, if so.
+std::optional<std::string> FeatureWorker::chooseColumns(std::uint64_t rate) {
     if (m_uiColumnsRate == rate) {
-        return true;
+        return std::nullopt;
     }
     FeatureColumns columns(m_requested);
-    if (const auto problem = columns.measure(static_cast<std::size_t>(m_config.getWindowSizeInSamples()))) {
-        return fail(*problem);
+    if (auto problem = columns.measure(static_cast<std::size_t>(m_config.getWindowSizeInSamples()))) {
+        return problem;
     }
     m_pColumns = std::make_shared<const FeatureColumns>(std::move(columns));
     m_uiColumnsRate = rate;
-    return true;
+    return std::nullopt;
 }
 
 bool FeatureWorker::addWindows(Audio::WindowedAudioFileReader& reader, Turn& turn, InputRows& rows) {

@@ -5,6 +5,7 @@
 #include "features/FeatureColumns.h"
 #include "features/FeatureTable.h"
 #include "features/InputRows.h"
+#include "features/PreviousTable.h"
 #include "features/RowEncoder.h"
 
 #include <murvane/audio/input/AudioWindowedFileReader.h>
@@ -12,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +23,10 @@ namespace Zantrix::Cli {
 class FeatureWorker : public BatchWorker {
 public:
     /// @param config  how to cut windows; the sampling rate is that of each input
+    /// @param pPrevious  the table of an earlier run, whose rows hold for inputs that have not changed since; or null
     FeatureWorker(std::vector<Column> columns, const Audio::LinearAudioWindower::Config& config, FeatureTable& table,
-                  std::unique_ptr<RowEncoder> pEncoder, Diagnostics& diagnostics, Progress& progress);
+                  const PreviousTable* pPrevious, std::unique_ptr<RowEncoder> pEncoder, Diagnostics& diagnostics,
+                  Progress& progress);
 
     std::unique_ptr<Delivery> process(const std::string& name, Turn& turn) override;
 
@@ -30,8 +34,9 @@ private:
     // Results are the same for one window at a time; eight is what the features do fastest.
     static constexpr std::size_t c_uiBatch = 8;
 
+    std::unique_ptr<Delivery> takeOver(const std::string& name);
     bool configure(Audio::WindowedAudioFileReader& reader);
-    bool chooseColumns(std::uint64_t rate);
+    std::optional<std::string> chooseColumns(std::uint64_t rate);
     bool addWindows(Audio::WindowedAudioFileReader& reader, Turn& turn, InputRows& rows);
     bool mayGoOn(Turn& turn, InputRows& rows);
     bool checkEnd(std::uint64_t promisedSamples);
@@ -40,6 +45,7 @@ private:
     std::vector<Column> m_requested;
     Audio::LinearAudioWindower::Config m_config;
     FeatureTable& m_table;
+    const PreviousTable* m_pPrevious;
     std::unique_ptr<RowEncoder> m_pEncoder;
     Diagnostics& m_diagnostics;
     Progress& m_progress;

@@ -2,6 +2,7 @@
 
 #include "Command.h"
 #include "features/ComputerArchive.h"
+#include "features/ManifestReader.h"
 #include "shell/InputFile.h"
 
 #include <algorithm>
@@ -35,8 +36,8 @@ void checkOutputs(const FeaturesOptions& options) {
     if (options.format != "csv" && options.format != "npy") {
         throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
     }
-    if (options.batch.shard && options.path.empty()) {
-        throw UsageError("--shard needs --output PATH");
+    if ((options.batch.shard || options.batch.resume) && options.path.empty() && !options.inputs.isEmpty()) {
+        throw UsageError((options.batch.shard ? "--shard" : "--resume") + std::string(" needs --output PATH"));
     }
     if (options.format == "npy" && options.path.empty() && !options.inputs.isEmpty()) {
         throw UsageError("--format npy needs --output PATH");
@@ -124,7 +125,9 @@ void protectInputs(const FeaturesOptions& options, const InputNames& inputs) {
 }
 
 bool hasManifest(const FeaturesOptions& options) {
-    return options.format == "npy" || options.batch.shard;
+    // A manifest that is there already would tell of another table.
+    return options.format == "npy" || options.batch.shard || options.batch.resume ||
+           (!options.path.empty() && looksLikeManifest(options.path + ".json"));
 }
 
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) {

@@ -30,7 +30,30 @@ void flushFolderOf(const std::string& path) {
     }
 }
 
+std::string textOf(const std::vector<Column>& columns) {
+    std::vector<std::string> texts;
+    for (const Column& column : columns) {
+        texts.push_back(column.kind == Column::Kind::Feature ? column.text : formulaArgument(column));
+    }
+    return join(texts, " ");
+}
+
+std::string windowOf(const TableDefinition& definition) {
+    return "windows of " + std::to_string(definition.windowMs) + " ms that overlap by " +
+           std::to_string(definition.overlapMs) + " ms" + (definition.suppressDc ? ", without DC" : "");
+}
+
 }  // namespace
+
+std::string difference(const TableDefinition& a, const TableDefinition& b) {
+    if (a.format != b.format) {
+        return "its format is " + a.format + ", not " + b.format;
+    }
+    if (a.columns != b.columns) {
+        return "it holds " + textOf(a.columns) + ", not " + textOf(b.columns);
+    }
+    return a == b ? "" : "it is made of " + windowOf(a) + ", not of " + windowOf(b);
+}
 
 bool ManifestWriter::setColumns(const std::vector<std::string>& columns) {
     std::vector<std::string> names;

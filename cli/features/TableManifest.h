@@ -29,12 +29,25 @@ struct TableDefinition {
     bool operator==(const TableDefinition&) const = default;
 };
 
+/// In what the first of two definitions differs from the second, in words; "" when it does not.
+std::string difference(const TableDefinition& a, const TableDefinition& b);
+
 /// Which inputs a table is made of.
 struct TableInputs {
     ListIdentity list;           ///< all of them
     std::optional<Shard> shard;  ///< the part of the list whose rows are in the table, unless it is all
 
     bool operator==(const TableInputs&) const = default;
+};
+
+/// Which table is written, and where.
+struct TableTarget {
+    std::string path;  ///< "" is standard output
+    TableDefinition definition;
+    TableInputs inputs;
+    bool hasManifest = false;  ///< a manifest is written beside it
+
+    std::string manifestPath() const { return path + ".json"; }
 };
 
 /// What a table holds of one input. Inputs that failed are told of in shards only.

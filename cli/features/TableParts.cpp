@@ -21,29 +21,6 @@ constexpr std::size_t c_uiPieceSize = std::size_t(1) << 20;
     throw TableError(part.path + ": " + why);
 }
 
-std::string textOf(const std::vector<Column>& columns) {
-    std::vector<std::string> texts;
-    for (const Column& column : columns) {
-        texts.push_back(column.kind == Column::Kind::Feature ? column.text : formulaArgument(column));
-    }
-    return join(texts, " ");
-}
-
-std::string windowOf(const TableDefinition& definition) {
-    return "windows of " + std::to_string(definition.windowMs) + " ms that overlap by " +
-           std::to_string(definition.overlapMs) + " ms" + (definition.suppressDc ? ", without DC" : "");
-}
-
-std::string difference(const TableDefinition& a, const TableDefinition& b) {
-    if (a.format != b.format) {
-        return "its format is " + a.format + ", not " + b.format;
-    }
-    if (a.columns != b.columns) {
-        return "it holds " + textOf(a.columns) + ", not " + textOf(b.columns);
-    }
-    return a == b ? "" : "it is made of " + windowOf(a) + ", not of " + windowOf(b);
-}
-
 // Copies the rest of a file.
 bool copyRest(int descriptor, std::uint64_t size, const TablePart& part, Output& output) {
     std::vector<char> piece(c_uiPieceSize);

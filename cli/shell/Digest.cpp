@@ -28,13 +28,18 @@ void Digest::add(std::string_view bytes) {
     }
 }
 
-std::string Digest::hex() const {
+std::uint64_t Digest::value() const {
     Digest whole = *this;
     whole.addWord(m_uiPending);
     whole.addWord(m_uiLength);
+    return whole.m_uiValue;
+}
+
+std::string Digest::hex() const {
+    const std::uint64_t number = value();
     std::string bytes;
     for (int shift = 56; shift >= 0; shift -= 8) {
-        bytes += static_cast<char>((whole.m_uiValue >> shift) & 0xff);
+        bytes += static_cast<char>((number >> shift) & 0xff);
     }
     return hexBytes(bytes);
 }

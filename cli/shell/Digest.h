@@ -12,7 +12,10 @@ class Digest {
 public:
     void add(std::string_view bytes);
 
-    /// Sixteen hexadecimal digits for all that was added so far.
+    /// For all that was added so far; below 2^61.
+    std::uint64_t value() const;
+
+    /// Sixteen hexadecimal digits of it.
     std::string hex() const;
 
 private:
