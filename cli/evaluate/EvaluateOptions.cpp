@@ -41,19 +41,21 @@ constexpr const char* c_szHelpRest =
     "blocks where a channel is on, as the threshold says; without one, from 0.5 on. Annotations that the file has "
     "stay.\n"
     "\n"
-    "A file that fails is told of, leaves no output, and the others are still done. An output appears when it is "
-    "whole.\n"
-    "\n"
+    "A file that fails is told of, leaves no output, and the others are still done. An output appears when it is\n"
+    "whole. With --resume, files are skipped whose outputs are newer than they are, as long, and have as many\n"
+    "channels; that the formulas were the same is for you to know. With --shard I/N the I-th of N runs of the list of\n"
+    "all inputs is done.\n\n"
     "Examples:\n"
     "  murvane-audio evaluate call.wav --channel 'tonal=1 - flatness(spectrum(x))' --context-ms 32\n"
     "  murvane-audio evaluate *.wav --channel 'noise=flatness(spectrum(x))' --channel 'zcr=zeroCrossingRate(x)' \\\n"
-    "      --threshold noise=0.3 --annotate 200 --output-dir curves\n";
+    "      --threshold noise=0.3 --annotate 200 --output-dir curves\n"
+    "  find calls -name '*.wav' | murvane-audio evaluate - --channel 'zcr=zeroCrossingRate(x)' --output-dir curves \\\n"
+    "      --resume --failures failed.txt\n";
 
 po::options_description describe(EvaluateOptions& options, std::int64_t& contextMs, std::int64_t& annotateMs) {
     po::options_description description("Options");
+    addInputOptions(description, options.inputs);
     description.add_options()  //
-        ("audioset", po::value(&options.audioSet)->value_name("LIST"),
-         "read the files that this list names, too, behind the others")  //
         (c_szChannel, po::value<std::vector<std::string>>()->value_name("[NAME=]FORMULA"),
          "a channel of the output, such as 'tonal=1 - flatness(spectrum(x))'; may be given again")  //
         ("window-ms", po::value(&options.windowMs)->value_name("MS"),
@@ -69,6 +71,7 @@ po::options_description describe(EvaluateOptions& options, std::int64_t& context
          "what goes between the name of a file and \".wav\" (default prob)")  //
         ("output-dir", po::value(&options.outputDir)->value_name("DIR"),
          "the folder for all outputs, which must exist (default: the working folder)");
+    addBatchOptions(description, options.batch);
     addCommonOptions(description, options.log);
     return description;
 }
@@ -142,11 +145,13 @@ std::optional<EvaluateOptions> parseEvaluateOptions(const std::vector<std::strin
     std::int64_t contextMs = 0;
     std::int64_t annotateMs = 0;
     const po::options_description description = describe(options, contextMs, annotateMs);
-    const po::variables_map values = parseArguments(joinValues(arguments), description, options.files);
+    const std::vector<std::string> joined = joinValues(arguments);
+    const po::variables_map values = parseArguments(joined, description, options.inputs.files);
     if (values.count("help") != 0) {
         printHelp(c_szUsage, description, c_szHelpRest);
         return std::nullopt;
     }
+    options.inputs.behindDashes = countBehindDashes(joined);
     if (values.count("context-ms") != 0) {
         options.contextMs = contextMs;
     }
@@ -161,7 +166,7 @@ std::optional<EvaluateOptions> parseEvaluateOptions(const std::vector<std::strin
     if (values.count(c_szThreshold) != 0) {
         setThresholds(values[c_szThreshold].as<std::vector<std::string>>(), options.channels);
     }
-    if (options.files.empty() && options.audioSet.empty()) {
+    if (options.inputs.isEmpty()) {
         throw UsageError("no file given");
     }
     checkTimes(options);
@@ -169,25 +174,26 @@ std::optional<EvaluateOptions> parseEvaluateOptions(const std::vector<std::strin
     return options;
 }
 
-void protectFiles(const EvaluateOptions& options) {
+void protectFiles(const EvaluateOptions& options, const InputNames& inputs) {
     std::vector<std::string> outputs;
-    std::unordered_map<std::string, const std::string*> sources;
-    const auto add = [&](const std::string& output, const std::string& file) {
-        const auto [place, isNew] = sources.emplace(output, &file);
+    std::unordered_map<std::string, std::size_t> sources;
+    const auto add = [&](const std::string& output, std::size_t input) {
+        const auto [place, isNew] = sources.emplace(output, input);
         if (!isNew) {
-            throw UsageError(*place->second + " and " + file + " would both be written to " + output);
+            throw UsageError(inputs.given(place->second) + " and " + inputs.given(input) +
+                             " would both be written to " + output);
         }
         outputs.push_back(output);
     };
-    for (const std::string& file : options.files) {
-        add(options.curvesPath(file), file);
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        const std::string file = inputs.given(i);
+        add(options.curvesPath(file), i);
         if (options.annotateMs) {
-            add(options.annotatedPath(file), file);
+            add(options.annotatedPath(file), i);
         }
     }
-    std::vector<std::string> inputs = options.files;
-    inputs.push_back(options.audioSet);
-    refuseToOverwrite(inputs, outputs);
+    outputs.push_back(options.batch.failures);
+    inputs.refuseToOverwrite(outputs);
 }
 
 }  // namespace Zantrix::Cli

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "batch/BatchOptions.h"
 #include "evaluate/Channel.h"
 #include "shell/Diagnostics.h"
+#include "shell/InputNames.h"
 #include "shell/Options.h"
 
 #include <cstdint>
@@ -13,8 +15,8 @@ namespace Zantrix::Cli {
 
 /// What a run of 'murvane-audio evaluate' is to do.
 struct EvaluateOptions {
-    std::vector<std::string> files;
-    std::string audioSet;  ///< a list of more files; "" for none
+    InputArguments inputs;
+    BatchOptions batch;
     std::vector<Channel> channels;
     std::int64_t windowMs = 16;
     std::optional<std::int64_t> contextMs;  ///< as long as the window unless given
@@ -32,15 +34,15 @@ struct EvaluateOptions {
     std::string annotatedPath(const std::string& file) const;
 };
 
-/// Reads the arguments; all but the audio set's files are then known to make sense.
+/// Reads the arguments; all but the files are then known to make sense.
 ///
 /// @return nothing when help was asked for, which is printed
 /// @throw UsageError for the first thing that is wrong
 std::optional<EvaluateOptions> parseEvaluateOptions(const std::vector<std::string>& arguments);
 
-/// Makes sure that no output replaces an input or the output of another input; after the audio set was read.
+/// Makes sure that no output replaces an input or the output of another input.
 ///
 /// @throw UsageError  naming the files
-void protectFiles(const EvaluateOptions& options);
+void protectFiles(const EvaluateOptions& options, const InputNames& inputs);
 
 }  // namespace Zantrix::Cli

@@ -7,6 +7,8 @@
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
 
+#include <sndfile.h>
+
 #include <algorithm>
 #include <bit>
 #include <filesystem>
@@ -36,15 +38,13 @@ bool isFiller(const Audio::Annotation& annotation) {
 FileEvaluation::FileEvaluation(const EvaluateOptions& options, Diagnostics& diagnostics, Progress& progress)
     : m_options(options), m_diagnostics(diagnostics), m_progress(progress) {}
 
-FileEvaluation::Outcome FileEvaluation::process(const std::string& name) {
+bool FileEvaluation::process(const std::string& name) {
     InputFile input(name);
     if (!checkInput(input) || !checkFormulas(input.rate())) {
-        return Outcome::Failed;
+        return false;
     }
     m_progress.beginInput(name, static_cast<double>(input.samples()) / static_cast<double>(input.rate()));
-    const Outcome outcome = evaluate(input);
-    m_progress.endInput();
-    return outcome;
+    return (m_options.batch.resume && isUpToDate(input)) || evaluate(input);
 }
 
 // Whatever would keep the evaluator from a file is found before, and told in words for users of the command.
@@ -106,7 +106,26 @@ bool FileEvaluation::checkFormulas(std::uint64_t rate) {
     return true;
 }
 
-FileEvaluation::Outcome FileEvaluation::evaluate(const InputFile& input) {
+// Outputs appear when they are whole: one that is there is from a run that got to its end.
+bool FileEvaluation::isUpToDate(const InputFile& input) const {
+    const auto isNewer = [&](const std::string& output) {
+        std::error_code error;
+        const auto written = std::filesystem::last_write_time(output, error);
+        return !error && written > std::filesystem::last_write_time(input.path(), error) && !error;
+    };
+    const std::string curves = m_options.curvesPath(input.name());
+    if (!isNewer(curves) || (m_options.annotateMs && !isNewer(m_options.annotatedPath(input.name())))) {
+        return false;
+    }
+    SF_INFO info{};
+    SNDFILE* pFile = sf_open(curves.c_str(), SFM_READ, &info);
+    sf_close(pFile);
+    return pFile != nullptr && info.channels == static_cast<int>(m_options.channels.size() + 1) &&
+           static_cast<std::uint64_t>(info.frames) == input.samples() &&
+           static_cast<std::uint64_t>(info.samplerate) == input.rate();
+}
+
+bool FileEvaluation::evaluate(const InputFile& input) {
     const std::uint64_t rate = input.rate();
     const auto onBlock = [&](double seconds) { m_progress.advance(seconds); };
     ChannelStrategy strategy(m_options.channels,
@@ -121,9 +140,9 @@ FileEvaluation::Outcome FileEvaluation::evaluate(const InputFile& input) {
     } catch (const ChannelStrategy::Failure& failure) {
         return fail(failure.what());
     } catch (const ChannelStrategy::Interruption&) {
-        return Outcome::Interrupted;
+        return false;
     }
-    return !m_options.annotateMs || annotate(input, strategy.finishRuns()) ? Outcome::Done : Outcome::Failed;
+    return !m_options.annotateMs || annotate(input, strategy.finishRuns());
 }
 
 bool FileEvaluation::annotate(const InputFile& input, const std::vector<ChannelRun>& runs) {
@@ -153,9 +172,9 @@ bool FileEvaluation::annotate(const InputFile& input, const std::vector<ChannelR
     return true;
 }
 
-FileEvaluation::Outcome FileEvaluation::fail(const std::string& message) {
+bool FileEvaluation::fail(const std::string& message) {
     m_diagnostics.error(message);
-    return Outcome::Failed;
+    return false;
 }
 
 }  // namespace Zantrix::Cli

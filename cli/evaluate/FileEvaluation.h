@@ -15,21 +15,22 @@ namespace Zantrix::Cli {
 /// Evaluates one file after the other. Objects share nothing that changes: each thread may have one.
 class FileEvaluation {
 public:
-    enum class Outcome { Done, Failed, Interrupted };
-
     /// @param options  must outlive the object
     FileEvaluation(const EvaluateOptions& options, Diagnostics& diagnostics, Progress& progress);
 
-    /// Evaluates one file and writes its outputs. What goes wrong is reported, and leaves no output of the file that is
-    /// not whole.
-    Outcome process(const std::string& name);
+    /// Evaluates one file and writes its outputs; with --resume, unless these are there already.
+    ///
+    /// @return false when something went wrong, which was reported and leaves no output of the file that is not whole;
+    ///         without a report when the run was interrupted
+    bool process(const std::string& name);
 
 private:
     bool checkInput(InputFile& input);
     bool checkFormulas(std::uint64_t rate);
-    Outcome evaluate(const InputFile& input);
+    bool isUpToDate(const InputFile& input) const;
+    bool evaluate(const InputFile& input);
     bool annotate(const InputFile& input, const std::vector<ChannelRun>& runs);
-    Outcome fail(const std::string& message);
+    bool fail(const std::string& message);
 
     const EvaluateOptions& m_options;
     Diagnostics& m_diagnostics;

@@ -16,7 +16,9 @@ PREFIX = "murvane-audio: "
 
 def run(*arguments, cwd=None, **options):
     """Runs the command to its end; outputs are bytes."""
-    return subprocess.run([PROGRAM, *arguments], cwd=cwd, stdin=subprocess.DEVNULL, timeout=300,
+    if "input" not in options:
+        options["stdin"] = subprocess.DEVNULL
+    return subprocess.run([PROGRAM, *arguments], cwd=cwd, timeout=300,
                           stdout=options.pop("stdout", subprocess.PIPE),
                           stderr=options.pop("stderr", subprocess.PIPE), **options)
 

@@ -1,0 +1,94 @@
+#!/usr/bin/env python3
+"""murvane-audio evaluate over many files: threads, lists, failures, parts, and what an earlier run left."""
+
+import os
+import unittest
+
+from command import tone, wav_bytes
+from evaluation import EvaluateTest
+
+CHANNELS = ("--channel", "zcr=zeroCrossingRate(x)", "--channel", "flat=flatness(spectrum(x))")
+
+
+class ManyFiles(EvaluateTest):
+    def setUp(self):
+        super().setUp()
+        self.names = [f"call {i}.wav" for i in range(12)]
+        for i, name in enumerate(self.names):
+            self.write(name, wav_bytes(tone(3000 + 517 * i, frequency=300.0 + 40 * i)))
+
+    def outputs(self):
+        """The bytes of all outputs, which are removed."""
+        made = {}
+        for name in self.files():
+            if name.endswith((".prob.wav", ".annotated.wav")):
+                made[name] = self.read(name)
+                os.remove(self.path(name))
+        return made
+
+    def test_any_number_of_threads_gives_the_same_files_and_messages(self):
+        self.write("call 5.wav", b"no audio")
+        runs = []
+        for jobs in ("1", "2", "7"):
+            result = self.evaluate(*self.names, *CHANNELS, "--annotate", "0", "--jobs", jobs)
+            self.assertEqual(result.returncode, 1)
+            runs.append((result.stderr, self.outputs()))
+        self.assertEqual(len(runs[0][1]), 22)
+        self.assertIn(b"call 5.wav: ", runs[0][0])
+        self.assertEqual(runs[0], runs[1])
+        self.assertEqual(runs[0], runs[2])
+
+    def test_the_parts_of_a_list_make_up_the_whole(self):
+        self.assert_done(self.evaluate(*self.names, *CHANNELS))
+        whole = self.outputs()
+        parts = {}
+        for part in ("1/3", "2/3", "3/3"):
+            self.assert_done(self.evaluate(*self.names, *CHANNELS, "--shard", part))
+            made = self.outputs()
+            self.assertEqual(len(made), 4)
+            self.assertFalse(parts.keys() & made.keys())
+            parts.update(made)
+        self.assertEqual(parts, whole)
+
+    def test_names_come_from_standard_input_and_from_an_audio_set(self):
+        self.write("set.txt", b"# two\ncall 2.wav\r\ncall 3.wav\n")
+        result = self.evaluate("-", "--audioset", "set.txt", *CHANNELS, input=b"call 0.wav\ncall 1.wav\n")
+        self.assert_done(result)
+        self.assertEqual(sorted(self.outputs()), [f"call {i}.prob.wav" for i in range(4)])
+
+    def test_failures_are_listed(self):
+        self.write("call 1.wav", b"no audio")
+        result = self.evaluate(*self.names[:3], "gone.wav", *CHANNELS, "--failures", "failed.txt")
+        self.assertEqual(result.returncode, 1)
+        lines = self.read("failed.txt").decode().splitlines()
+        self.assertEqual([line.split("\t")[0] for line in lines], ["call 1.wav", "gone.wav"])
+        self.assertEqual(lines[1].split("\t")[1], "No such file or directory")
+        self.assertEqual(len(self.outputs()), 2)
+
+    def test_outputs_that_are_there_are_not_made_again(self):
+        self.assert_done(self.evaluate(*self.names, *CHANNELS))
+        old = {name: os.stat(self.path(name)).st_ino for name in self.files() if name.endswith(".prob.wav")}
+        first = self.outputs_kept()
+        later = os.stat(self.path("call 4.prob.wav")).st_mtime + 10
+        os.utime(self.path("call 4.wav"), (later, later))  # modified since
+        os.remove(self.path("call 6.prob.wav"))
+        self.write("call 7.prob.wav", first["call 7.prob.wav"][:-100])  # cut off by somebody
+        self.assert_done(self.evaluate(*self.names, *CHANNELS, "--resume"))
+        self.assertEqual(self.outputs_kept(), first)
+        made = [name for name, inode in old.items() if os.stat(self.path(name)).st_ino != inode]
+        self.assertEqual(sorted(made), ["call 4.prob.wav", "call 6.prob.wav", "call 7.prob.wav"])
+
+    def test_outputs_with_other_channels_or_without_annotations_are_made_again(self):
+        self.assert_done(self.evaluate(*self.names[:1], *CHANNELS))
+        two = self.read("call 0.prob.wav")
+        self.assert_done(self.evaluate(*self.names[:1], *CHANNELS[:2], "--resume"))
+        self.assertNotEqual(self.read("call 0.prob.wav"), two)
+        self.assert_done(self.evaluate(*self.names[:1], *CHANNELS[:2], "--resume", "--annotate", "0"))
+        self.assertIn("call 0.annotated.wav", self.files())
+
+    def outputs_kept(self):
+        return {name: self.read(name) for name in self.files() if name.endswith(".prob.wav")}
+
+
+if __name__ == "__main__":
+    unittest.main()
