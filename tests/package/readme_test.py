@@ -1,14 +1,16 @@
 #!/usr/bin/env python3
 """What README.md shows is true: its program is examples/first-features.cpp to the letter, and works; its demo output is
-what the summary of the sample call prints.
+what the summary of the sample call and the list of its annotations print.
 
-    readme_test.py FIRST_FEATURES CALL_SUMMARY SAMPLE_CALL
+    readme_test.py FIRST_FEATURES CALL_SUMMARY MURVANE_AUDIO SAMPLE_CALL
 """
 
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
+import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -32,7 +34,21 @@ class Readme(unittest.TestCase):
                                  text=True).stdout
         self.assertIn(printed, README)
 
+    def test_the_annotations_it_shows_are_those_of_the_annotated_call(self):
+        shown = re.search(r"```\n( +start_s .*?)```", README, re.DOTALL).group(1)
+        phases = pathlib.Path(CALL.replace(".wav", ".csv")).read_text(encoding="utf-8").split("\n", 1)[1]
+        with tempfile.TemporaryDirectory() as folder:
+            annotated, labels = pathlib.Path(folder, "call.wav"), pathlib.Path(folder, "labels.csv")
+            shutil.copy(CALL, annotated)
+            labels.write_text("label,start_s,stop_s\n" + phases, encoding="utf-8")
+            subprocess.run([MURVANE_AUDIO, "annotations", "import", annotated, labels, "--format", "csv"], check=True,
+                           capture_output=True)
+            printed = subprocess.run([MURVANE_AUDIO, "annotations", "list", annotated], check=True,
+                                     capture_output=True, text=True).stdout.split("\n", 1)[1]
+        self.assertEqual(len(printed.splitlines()), 1 + len(phases.splitlines()))
+        self.assertTrue(printed.startswith(shown), printed)
+
 
 if __name__ == "__main__":
-    FIRST_FEATURES, CALL_SUMMARY, CALL = sys.argv[1:4]
+    FIRST_FEATURES, CALL_SUMMARY, MURVANE_AUDIO, CALL = sys.argv[1:5]
     unittest.main(argv=sys.argv[:1])
