@@ -26,6 +26,9 @@ namespace {
 
 constexpr const char* c_szStandardInput = "-";
 
+// Files are looked at in groups, so that not all of their names are needed at once.
+constexpr std::size_t c_uiNamesAtOnce = 1000;
+
 constexpr std::size_t c_uiBlockSize = std::size_t(1) << 20;
 
 // Longer lines are not names of files but something else, which need not be in memory to be told so.
@@ -202,14 +205,17 @@ void InputNames::refuseToOverwrite(const std::vector<std::string>& outputs) cons
     std::vector<std::string> existing;
     std::copy_if(outputs.begin(), outputs.end(), std::back_inserter(existing),
                  [](const std::string& output) { return fileBytes(output) > 0; });
-    const auto check = [&](const std::string& input) {
-        for (const std::string& output : existing) {
-            Cli::refuseToOverwrite({input}, output);
+    if (existing.empty()) {
+        return;
+    }
+    Cli::refuseToOverwrite(std::vector{m_strAudioSet}, existing);
+    std::vector<std::string> files;
+    for (std::size_t i = 0; i < size(); ++i) {
+        files.push_back(findQuietly(i).value_or(""));
+        if (files.size() == c_uiNamesAtOnce || i + 1 == size()) {
+            Cli::refuseToOverwrite(files, existing);
+            files.clear();
         }
-    };
-    check(m_strAudioSet);
-    for (std::size_t i = 0; i < size() && !existing.empty(); ++i) {
-        check(findQuietly(i).value_or(""));
     }
 }
 
