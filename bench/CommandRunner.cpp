@@ -1,6 +1,7 @@
 #include "CommandRunner.h"
 
 #include <array>
+#include <chrono>
 #include <fcntl.h>
 #include <stdexcept>
 #include <string_view>
@@ -32,6 +33,7 @@ double secondsOf(const timeval& time) {
 }
 
 CommandUsage run(const std::string_view message) {
+    const auto start = std::chrono::steady_clock::now();
     const pid_t pid = ::fork();
     if (pid == 0) {
         become(message);
@@ -41,6 +43,7 @@ CommandUsage run(const std::string_view message) {
     if (pid < 0 || ::wait4(pid, &usage.status, 0, &used) != pid) {
         return usage;
     }
+    usage.elapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     usage.cpuSeconds = secondsOf(used.ru_utime) + secondsOf(used.ru_stime);
     usage.peakRssBytes = 1024.0 * static_cast<double>(used.ru_maxrss);
     return usage;

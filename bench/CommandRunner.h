@@ -7,8 +7,9 @@
 namespace Zantrix::Bench {
 
 struct CommandUsage {
-    int status = -1;            ///< 0: done
-    double cpuSeconds = 0.0;    ///< user and system, of all of its threads
+    int status = -1;          ///< 0: done
+    double cpuSeconds = 0.0;  ///< user and system, of all of its threads
+    double elapsedSeconds = 0.0;
     double peakRssBytes = 0.0;  ///< the most memory that it held
 };
 

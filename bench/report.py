@@ -6,6 +6,7 @@ import sys
 from collections import defaultdict
 
 SPEED, WINDOW, MEMORY = "audio_seconds_per_second", "seconds_per_window", "peak_rss_bytes"
+ELAPSED, FILE = "elapsed_seconds", "processor_seconds_per_file"
 
 
 class Results:
@@ -24,7 +25,7 @@ class Results:
             name = run["run_name"].split("/iterations:")[0].split("/repeats:")[0]
             if run.get("error_occurred"):
                 self.failures.append(f"{name}: {run['error_message']}")
-            for counter in (SPEED, WINDOW, MEMORY):
+            for counter in (SPEED, WINDOW, MEMORY, ELAPSED, FILE):
                 if counter in run:
                     self.values[name, counter].append(run[counter])
 
@@ -100,6 +101,20 @@ def print_transforms(results):
     print_table("Transforms and power spectra, nanoseconds per window", ["samples in a window"] + sizes, rows)
 
 
+def print_batches(results):
+    rows = []
+    for name in results.names("batch", "/1"):
+        one, two = (results.median(f"batch/{name}/{jobs}", ELAPSED) for jobs in (1, 2))
+        rows.append([name, f"{one:.3f}", f"{two:.3f}", f"{one / two:.2f}"])
+    if not rows:
+        results.failures.append("batch: no rows")
+    print_table("200 files of 30 s, seconds of real time",
+                ["columns, as csv", "--jobs 1", "--jobs 2", "times as fast"], rows)
+    many, one = (1e6 * results.median(f"file/{inputs}", FILE) for inputs in ("many", "one"))
+    print(f"\nA file costs {many - one:.0f} microseconds of processor time beyond its audio: 5000 files of a second take"
+          f" {many:.0f} each, of one file of 5000 seconds each second takes {one:.0f}.")
+
+
 def print_shares(results):
     print("\nShares\n")
 
@@ -135,6 +150,7 @@ def main():
     print_speeds(results)
     print_features(results)
     print_transforms(results)
+    print_batches(results)
     print_shares(results)
     for failure in results.failures:
         print(f"FAILED {failure}", file=sys.stderr)

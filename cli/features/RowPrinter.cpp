@@ -27,64 +27,66 @@ struct RowPrinter::Block {
     std::vector<char> text;
     std::size_t textSize = 0;
     bool isPrinted = false;
+
+    void clear() {
+        numbers.clear();
+        counts.clear();
+        isPrinted = false;
+    }
 };
 
-// A ring of blocks, counted from the start. It outlives the printer while a thread still has it among its offers.
+// Blocks in the order of their rows. They outlive the printer while a thread still has them among its offers.
 class RowPrinter::Blocks : public SharedWork {
 public:
-    Blocks() : m_ring(2 * c_uiMaxHelpers + 2) {}
-
     std::string rowStart;  // of every row; set while there are none
 
-    Block& filling() { return at(m_uiSubmitted); }
-    std::uint64_t pending() const { return m_uiSubmitted - m_uiSent; }
+    Block& filling() { return *m_pFilling; }
+    std::size_t pending() const { return m_pending.size(); }
 
     void submit() {
-        Block& full = filling();
-        const std::size_t room = full.counts.size() * rowStart.size() + full.numbers.size() * (c_iMaxNumberLength + 1);
-        if (full.text.size() < room) {
-            full.text.resize(room);
+        const std::size_t room =
+            m_pFilling->counts.size() * rowStart.size() + m_pFilling->numbers.size() * (c_iMaxNumberLength + 1);
+        if (m_pFilling->text.size() < room) {
+            m_pFilling->text.resize(room);
         }
-        {
-            const std::lock_guard lock(m_mutex);
-            ++m_uiSubmitted;
+        const std::lock_guard lock(m_mutex);
+        m_pending.push_back(std::move(m_pFilling));
+        if (m_free.empty()) {
+            m_pFilling = std::make_unique<Block>();
+        } else {
+            m_pFilling = std::move(m_free.back());  // the one used last, which is still in the cache
+            m_free.pop_back();
         }
-        m_uiMostPending = std::max(m_uiMostPending, pending());
     }
 
     // Waits until the oldest block is text, and helps meanwhile.
     const Block& oldest() {
-        Block& oldest = at(m_uiSent);
         std::unique_lock lock(m_mutex);
+        const Block& oldest = *m_pending.front();
         while (!oldest.isPrinted) {
             if (!printNext(lock)) {
                 m_printed.wait(lock);
             }
         }
-        oldest.isPrinted = false;
         return oldest;
     }
 
+    // Has the oldest block, which is text, be used again.
     void release() {
-        Block& sent = at(m_uiSent++);
-        sent.numbers.clear();
-        sent.counts.clear();
+        const std::lock_guard lock(m_mutex);
+        m_pending.front()->clear();
+        m_free.push_back(std::move(m_pending.front()));
+        m_pending.pop_front();
+        --m_uiTaken;
     }
 
+    // Forgets all rows, and room that only helpers had a use for.
     void clear() {
         for (; pending() > 0; release()) {
             oldest();  // some thread may be at it
         }
-        filling().numbers.clear();
-        filling().counts.clear();
-    }
-
-    // Once all is sent: gives back the room that only helpers had a use for.
-    void shrink() {
-        if (m_uiMostPending > 1) {
-            std::fill(m_ring.begin(), m_ring.end(), Block());
-        }
-        m_uiMostPending = 0;
+        m_pFilling->clear();
+        m_free.resize(std::min<std::size_t>(m_free.size(), 1));
     }
 
     void doPart() override {
@@ -93,13 +95,11 @@ public:
     }
 
 private:
-    Block& at(std::uint64_t index) { return m_ring[static_cast<std::size_t>(index % m_ring.size())]; }
-
     bool printNext(std::unique_lock<std::mutex>& lock) {
-        if (m_uiTaken == m_uiSubmitted) {
+        if (m_uiTaken == m_pending.size()) {
             return false;
         }
-        Block& next = at(m_uiTaken++);
+        Block& next = *m_pending[m_uiTaken++];
         lock.unlock();
         print(next);
         lock.lock();
@@ -123,13 +123,12 @@ private:
         block.textSize = static_cast<std::size_t>(out - block.text.data());
     }
 
-    std::deque<Block> m_ring;
-    std::uint64_t m_uiSent = 0;  // this one is the oldest
-    std::uint64_t m_uiMostPending = 0;
-    std::mutex m_mutex;  // guards what follows, and isPrinted
+    std::unique_ptr<Block> m_pFilling = std::make_unique<Block>();
+    std::vector<std::unique_ptr<Block>> m_free;
+    std::mutex m_mutex;  // guards what follows, which only the owner's thread adds to and takes from; and isPrinted
     std::condition_variable m_printed;
-    std::uint64_t m_uiTaken = 0;      // this one is the next to be printed
-    std::uint64_t m_uiSubmitted = 0;  // this one is being filled; changed by the owner's thread only
+    std::deque<std::unique_ptr<Block>> m_pending;
+    std::size_t m_uiTaken = 0;  // so many of them are printed, or being printed
 };
 
 RowPrinter::RowPrinter(Crew& crew) : m_crew(crew), m_pBlocks(std::make_shared<Blocks>()) {}
@@ -140,7 +139,6 @@ RowPrinter::~RowPrinter() {
 
 void RowPrinter::begin(const std::string& name, RowSink& sink) {
     m_pBlocks->clear();
-    m_pBlocks->shrink();
     m_pBlocks->rowStart = csvField(name) + ',';
     m_pSink = &sink;
 }
