@@ -20,6 +20,10 @@ double secondsOf(const timeval& time) {
     return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
 }
 
+double secondsOf(const rusage& used) {
+    return secondsOf(used.ru_utime) + secondsOf(used.ru_stime);
+}
+
 [[noreturn]] void become(const std::string_view message) {
     std::vector<char*> arguments;
     for (std::size_t start = 0; start < message.size(); start = message.find('\0', start) + 1) {
@@ -44,7 +48,7 @@ CommandUsage run(const std::string_view message) {
         return usage;
     }
     usage.elapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    usage.cpuSeconds = secondsOf(used.ru_utime) + secondsOf(used.ru_stime);
+    usage.cpuSeconds = secondsOf(used);
     usage.peakRssBytes = 1024.0 * static_cast<double>(used.ru_maxrss);
     return usage;
 }
@@ -90,6 +94,12 @@ CommandUsage runCommand(const std::vector<std::string>& arguments) {
         throw std::runtime_error("the process that runs commands is gone");
     }
     return usage;
+}
+
+double processorTime() {
+    rusage used{};
+    ::getrusage(RUSAGE_SELF, &used);
+    return secondsOf(used);
 }
 
 }  // namespace Zantrix::Bench

@@ -20,4 +20,7 @@ void startCommandRunner();
 /// Runs a command, what it prints discarded, and waits for it.
 CommandUsage runCommand(const std::vector<std::string>& arguments);
 
+/// The same of this process so far, in seconds.
+double processorTime();
+
 }  // namespace Zantrix::Bench

@@ -15,7 +15,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <sys/resource.h>
 #include <vector>
 
 namespace {
@@ -105,15 +104,6 @@ struct CommandPair {
 
     const std::string& audio() const { return audioFile(seconds); }
 };
-
-double processorTime() {
-    rusage used{};
-    ::getrusage(RUSAGE_SELF, &used);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
-    };
-    return seconds(used.ru_utime) + seconds(used.ru_stime);
-}
 
 std::optional<double> runLibrary(const CommandPair& pair, const std::string& output) {
     const CommandUsage usage = runCommand(commandLine(pair.audio(), pair.features, pair.format, output));

@@ -6,7 +6,7 @@ import sys
 from collections import defaultdict
 
 SPEED, WINDOW, MEMORY = "audio_seconds_per_second", "seconds_per_window", "peak_rss_bytes"
-ELAPSED, FILE = "elapsed_seconds", "processor_seconds_per_file"
+ELAPSED, PROCESSOR, FILE = "elapsed_seconds", "processor_seconds", "processor_seconds_per_file"
 
 
 class Results:
@@ -25,7 +25,7 @@ class Results:
             name = run["run_name"].split("/iterations:")[0].split("/repeats:")[0]
             if run.get("error_occurred"):
                 self.failures.append(f"{name}: {run['error_message']}")
-            for counter in (SPEED, WINDOW, MEMORY, ELAPSED, FILE):
+            for counter in (SPEED, WINDOW, MEMORY, ELAPSED, PROCESSOR, FILE):
                 if counter in run:
                     self.values[name, counter].append(run[counter])
 
@@ -143,6 +143,34 @@ def print_shares(results):
         print(f"Most memory of the command, {name}: {results.median(f'memory/{name}', MEMORY) / 1e6:.1f} MB")
 
 
+def print_annotations(results):
+    counts = results.names("annotations/list")
+    if not counts:
+        results.failures.append("annotations: no rows")
+
+    def milliseconds(task, count, counter):
+        return 1e3 * results.median(f"annotations/{task}/{count}", counter)
+
+    rows = []
+    for count in counts:
+        for name, counter in (("elapsed", ELAPSED), ("processor", PROCESSOR)):
+            listing, edit, copy = (milliseconds(task, count, counter) for task in ("list", "edit", "copy"))
+            figures = [f"{figure:.1f}" for figure in (listing, edit, copy)]
+            rows.append([f"{int(count):,}, {name}"] + figures + [f"{edit / copy:.2f}"])
+    print_table("An hour of audio with annotations, milliseconds; the copy is `cp` of the file, flushed to disk",
+                ["annotations, time", "list", "add one", "copy", "add / copy"], rows)
+    print()
+    for few, many in zip(counts, counts[1:]):
+        costs = [
+            1e6 * (milliseconds(task, many, PROCESSOR) - milliseconds(task, few, PROCESSOR)) / (int(many) - int(few))
+            for task in ("list", "edit")
+        ]
+        print(
+            f"Processor time of each annotation between {int(few):,} and {int(many):,}:"
+            f" {costs[0]:,.0f} ns to list, {costs[1]:,.0f} ns to add one more."
+        )
+
+
 def main():
     results = Results(sys.argv[1])
     for key in ("processor", "num_cpus", "system", "compiler", "kernels", "revision", "date", "load_avg"):
@@ -152,6 +180,7 @@ def main():
     print_transforms(results)
     print_batches(results)
     print_shares(results)
+    print_annotations(results)
     for failure in results.failures:
         print(f"FAILED {failure}", file=sys.stderr)
     return 1 if results.failures else 0

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <istream>
 #include <limits>
+#include <memory>
 #include <ostream>
+#include <string_view>
 #include <utility>
 
 namespace Zantrix::Audio {
@@ -39,14 +41,22 @@ void forEachChunk(IFF::IFFParser& parser, IFF::ChunkId id, Visit visit) {
     }
 }
 
-template <typename Content>
-void encodeInto(const Content& content, IFF::Chunk& chunk) {
-    std::vector<char> bytes;
-    content.encode(bytes);
-    chunk.setData(bytes.data(), static_cast<unsigned>(bytes.size()));
-}
-
 }  // namespace
+
+/// The contents of all annotation chunks, one after the other in one buffer: to ask for as many buffers and give them
+/// back takes longer than to fill them.
+struct AnnotatedFile::AnnotationContents {
+    std::string bytes;
+    std::vector<std::size_t> ends;
+    std::vector<char> one;
+
+    template <typename Content>
+    void append(const Content& content) {
+        content.encode(one);
+        bytes.append(one.data(), one.size());
+        ends.push_back(bytes.size());
+    }
+};
 
 std::istream& AnnotatedFile::readFromWAV(std::istream& is) {
     m_vAnnotations.clear();
@@ -220,15 +230,25 @@ void AnnotatedFile::appendAnnotations(IFF::ChunkList* pOldList) {
     IFF::Chunk newList("LIST");
     newList.getList()->setType("adtl");
     IFF::ChunkList& list = pOldList != nullptr ? *pOldList : *newList.getList();
+    AnnotationContents contents;
     unsigned id = 0;
     for (const CloneableObjPtr<Annotation>& pAnnotation : m_vAnnotations) {
-        IFF::Chunk cuePoint("cuep");
-        IFF::Chunk labeledText("ltxt");
-        IFF::Chunk label("labl");
-        createAnnotation(*pAnnotation, ++id, cuePoint, labeledText, label);
-        cue.getList()->append(std::move(cuePoint));
-        list.append(std::move(labeledText));
-        list.append(std::move(label));
+        createAnnotation(*pAnnotation, ++id, contents);
+    }
+    const auto pBytes = std::make_shared<const std::string>(std::move(contents.bytes));
+    std::size_t begin = 0;
+    auto itEnd = contents.ends.begin();
+    const auto appendNext = [&](IFF::ChunkId chunkId, IFF::ChunkList& to) {
+        const std::size_t end = *itEnd++;
+        IFF::Chunk chunk(chunkId);
+        chunk.setData(IFF::SharedBytes(pBytes, std::string_view(*pBytes).substr(begin, end - begin)));
+        to.append(std::move(chunk));
+        begin = end;
+    };
+    while (itEnd != contents.ends.end()) {
+        appendNext("cuep", *cue.getList());
+        appendNext("ltxt", list);
+        appendNext("labl", list);
     }
     m_parser.getChunks().append(std::move(cue));
     if (pOldList == nullptr) {
@@ -236,8 +256,8 @@ void AnnotatedFile::appendAnnotations(IFF::ChunkList* pOldList) {
     }
 }
 
-void AnnotatedFile::createAnnotation(const Annotation& annotation, unsigned id, IFF::Chunk& cuePoint,
-                                     IFF::Chunk& labeledText, IFF::Chunk& label) const {
+// Adds the contents of its three chunks: "cuep", "ltxt" and "labl".
+void AnnotatedFile::createAnnotation(const Annotation& annotation, unsigned id, AnnotationContents& contents) const {
     std::uint32_t start = toSample(annotation.getStartTime(), m_uiSampleRate);
     if (start > m_uiNbOfSamples) {
         report(LogLevel::Warn, __LINE__, "Start time for one of the annotations ", start,
@@ -248,12 +268,7 @@ void AnnotatedFile::createAnnotation(const Annotation& annotation, unsigned id, 
     IFF::WavCuePointChunk cueContent;
     cueContent.m_uiIdentifier = id;
     cueContent.m_uiPosition = cueContent.m_uiSampleOffset = start;
-    encodeInto(cueContent, cuePoint);
-
-    IFF::WavLabelChunk labelContent;
-    labelContent.m_uiIdentifier = id;
-    labelContent.m_strText = annotation.getLabel();
-    encodeInto(labelContent, label);
+    contents.append(cueContent);
 
     std::uint32_t length = toSample(annotation.getStopTime() - annotation.getStartTime(), m_uiSampleRate);
     if (std::uint64_t{start} + length > m_uiNbOfSamples) {
@@ -264,7 +279,12 @@ void AnnotatedFile::createAnnotation(const Annotation& annotation, unsigned id, 
     IFF::WavLabeledTextChunk textContent;
     textContent.m_uiIdentifier = id;
     textContent.m_uiSampleLength = length;
-    encodeInto(textContent, labeledText);
+    contents.append(textContent);
+
+    IFF::WavLabelChunk labelContent;
+    labelContent.m_uiIdentifier = id;
+    labelContent.m_strText = annotation.getLabel();
+    contents.append(labelContent);
 }
 
 std::uint32_t AnnotatedFile::toSample(double seconds, std::uint32_t sampleRate) {

@@ -73,6 +73,7 @@ void ChunkWriter::write(const Chunk& chunk, std::ostream& os) {
     const bool isList = chunk.getList() != nullptr;
     const std::uint32_t size = isList ? m_vListSizes[m_uiNextList++] : chunk.getSize();
     std::vector<char> header;
+    header.reserve(c_uiHeaderSize);
     appendId(header, chunk.getId());
     appendLittleEndian(header, size);
     writeBytes(header, os);

@@ -30,6 +30,7 @@ void append(std::vector<char>& data, T value) {
 template <typename... Fields>
 void writeAll(std::vector<char>& data, const Fields&... fields) {
     data.clear();
+    data.reserve((sizeof(Fields) + ...));
     (append(data, fields), ...);
 }
 

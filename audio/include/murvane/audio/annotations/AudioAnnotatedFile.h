@@ -98,13 +98,14 @@ public:
     /// @}
 
 private:
+    struct AnnotationContents;
+
     /// How far an exchange with a file on disk came.
     enum class Stage { NotOpened, NotTransferred, Done };
 
     bool readWavProperties();
     bool readAnnotations();
-    void createAnnotation(const Annotation& annotation, unsigned id, IFF::Chunk& cuePoint, IFF::Chunk& labeledText,
-                          IFF::Chunk& label) const;
+    void createAnnotation(const Annotation& annotation, unsigned id, AnnotationContents& contents) const;
     IFF::ChunkList* clearAnnotations();
     bool removeEmptied(const IFF::ChunkList& list);
     void appendAnnotations(IFF::ChunkList* pOldList);
