@@ -151,8 +151,18 @@ TEST(AnnotatedFileRead, ChunksTooShortForTheirFieldsAreSkipped) {
 }
 
 TEST(AnnotatedFileRead, AChunkNamedLikeACueRecordElsewhereIsNone) {
-    const AnnotatedFile file = opened(recording(wav::chunk("cuep", cueRecord(0, 80))));
-    EXPECT_THAT(list(file), IsEmpty());
+    for (const std::string& stray : {cueRecord(0, 80), cueRecord(4294967295u, 80), std::string("short")}) {
+        AnnotatedFile file;
+        LogRecorder recorder;
+        EXPECT_TRUE(read(
+            file, recording(wav::chunk("cuep", stray) + cue({cueRecord(0, 8)}) + adtl(ltxt(0, 8) + labl(0, "a")))));
+        EXPECT_THAT(list(file), ElementsAre("a 0.001 0.002"));
+        EXPECT_THAT(recorder.records(), ElementsAre(rate(), samples(1000)));
+    }
+}
+
+TEST(AnnotatedFileRead, ACueChunkWithoutACountHasNoRecords) {
+    EXPECT_THAT(list(opened(recording(wav::chunk("cue ", "ab")))), IsEmpty());
 }
 
 TEST(AnnotatedFileRead, LabelsNeedNoTerminatorAndEndAtTheFirstZero) {

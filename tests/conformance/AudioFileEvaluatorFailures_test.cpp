@@ -89,7 +89,7 @@ TEST_F(AudioFileEvaluatorFailures, DoesNothingBeforeItIsConfigured) {
     AudioFileEvaluator evaluator;
     const LogRecorder log;
     EXPECT_FALSE(evaluator.processFile(m_input.c_str()));
-    EXPECT_EQ(log.records(), (LogRecords{banner(m_input), failed("!m_pStrategy.isNull()")}));
+    EXPECT_EQ(log.records(), (LogRecords{banner(m_input), opened(m_input), failed("!m_pStrategy.isNull()")}));
 }
 
 // --- recordings ---

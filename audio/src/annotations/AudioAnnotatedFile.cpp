@@ -34,7 +34,7 @@ void forEachChunk(IFF::IFFParser& parser, IFF::ChunkId id, Visit visit) {
         const IFF::Chunk& chunk = *position.getChunk();
         Content content;
         if (content.decode(chunk.getData(), chunk.getSize())) {
-            visit(content, position);
+            visit(content);
         } else {
             report(LogLevel::Error, __LINE__, "Error, ", id, " chunk is too short. Skipping it...");
         }
@@ -95,8 +95,7 @@ bool AnnotatedFile::readWavProperties() {
     if (!demand(chunkFmt.m_usNbOfChannels == 1, "chunkFmt.m_usNbOfChannels == 1", __LINE__,
                 concatenate("only mono files can be annotated, this has ", chunkFmt.m_usNbOfChannels, " channels")) ||
         !demand(bytesPerSample > 0, "chunkFmt.m_usSignBitsPerSample >= 8", __LINE__,
-                concatenate("samples of ", chunkFmt.m_usSignBitsPerSample, " bits cannot be counted")) ||
-        !demand(m_uiSampleRate > 0, "chunkFmt.m_uiSampleRate > 0", __LINE__, "its sample rate is 0")) {
+                concatenate("samples of ", chunkFmt.m_usSignBitsPerSample, " bits cannot be counted"))) {
         return false;
     }
     if (!m_parser.find("data", position)) {
@@ -104,37 +103,42 @@ bool AnnotatedFile::readWavProperties() {
     }
     m_uiNbOfSamples = position.getChunk()->getSize() / bytesPerSample;
     report(LogLevel::Debug, __LINE__, "Number of samples in WAV file : ", m_uiNbOfSamples);
-    return true;
+    return demand(m_uiSampleRate > 0, "chunkFmt.m_uiSampleRate > 0", __LINE__, "its sample rate is 0");
 }
 
 bool AnnotatedFile::readAnnotations() {
     const double rate = m_uiSampleRate;
     std::vector<bool> hasStart;
     std::uint32_t largest = 0;
-    forEachChunk<IFF::WavCuePointChunk>(m_parser, "cuep",
-                                        [&](const IFF::WavCuePointChunk& cue, const IFF::ChunkPos& at) {
-                                            const std::uint32_t index = cue.m_uiIdentifier;
-                                            largest = std::max(largest, index);
-                                            // A chunk of that name outside a "cue " chunk is no record of it, but
-                                            // somebody else's.
-                                            if (index >= c_uiEndOfCueNumbers || at.getOwner() == nullptr ||
-                                                at.getOwner()->getId() != IFF::ChunkId("cue ")) {
-                                                return;
-                                            }
-                                            while (m_vAnnotations.size() <= index) {
-                                                m_vAnnotations.emplace_back(new AnnotationImpl);
-                                                hasStart.push_back(false);
-                                            }
-                                            m_vAnnotations[index]->setStartTime(cue.m_uiSampleOffset / rate);
-                                            hasStart[index] = true;
-                                        });
+    IFF::ChunkPos position;
+    for (bool isFound = m_parser.find("cue ", position); isFound; isFound = m_parser.findNext(position)) {
+        // Plain bytes where there is not even a count of records.
+        if (position.getChunk()->getList() == nullptr) {
+            continue;
+        }
+        for (const IFF::Chunk& record : *position.getChunk()->getList()) {
+            IFF::WavCuePointChunk cue;
+            cue.decode(record.getData(), record.getSize());
+            const std::uint32_t index = cue.m_uiIdentifier;
+            largest = std::max(largest, index);
+            if (index >= c_uiEndOfCueNumbers) {
+                continue;
+            }
+            while (m_vAnnotations.size() <= index) {
+                m_vAnnotations.emplace_back(new AnnotationImpl);
+                hasStart.push_back(false);
+            }
+            m_vAnnotations[index]->setStartTime(cue.m_uiSampleOffset / rate);
+            hasStart[index] = true;
+        }
+    }
     if (largest >= c_uiEndOfCueNumbers) {
         return refuse(concatenate("Error, cue point ID ", largest, " is not below ", c_uiEndOfCueNumbers));
     }
 
     const std::size_t count = m_vAnnotations.size();
     std::vector<bool> hasStop(count, false);
-    forEachChunk<IFF::WavLabeledTextChunk>(m_parser, "ltxt", [&](const IFF::WavLabeledTextChunk& text, const auto&) {
+    forEachChunk<IFF::WavLabeledTextChunk>(m_parser, "ltxt", [&](const IFF::WavLabeledTextChunk& text) {
         const std::uint32_t index = text.m_uiIdentifier;
         if (index >= count) {
             report(LogLevel::Error, __LINE__, c_szNoCue);
@@ -145,7 +149,7 @@ bool AnnotatedFile::readAnnotations() {
         hasStop[index] = true;
     });
     std::vector<bool> hasLabel(count, false);
-    forEachChunk<IFF::WavLabelChunk>(m_parser, "labl", [&](const IFF::WavLabelChunk& label, const auto&) {
+    forEachChunk<IFF::WavLabelChunk>(m_parser, "labl", [&](const IFF::WavLabelChunk& label) {
         const std::uint32_t index = label.m_uiIdentifier;
         if (index >= count) {
             report(LogLevel::Error, __LINE__, c_szNoCue);

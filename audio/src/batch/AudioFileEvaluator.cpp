@@ -93,11 +93,11 @@ bool AudioFileEvaluator::processFile(const char* in_szFileName) {
     const std::string name = in_szFileName == nullptr ? "" : in_szFileName;
     const std::string rule(50, '*');
     log(LogLevel::Info, c_szSource, __LINE__, rule, "\nProcessing file: ", name, "\n", rule);
-    if (!Assertion(!m_pStrategy.isNull(), "!m_pStrategy.isNull()", c_szSource, __LINE__)) {
-        return false;
-    }
     if (!m_reader.setSourceAudioFile(name.c_str())) {
         log(LogLevel::Error, c_szSource, __LINE__, "Failed to load file: ", name);
+        return false;
+    }
+    if (!Assertion(!m_pStrategy.isNull(), "!m_pStrategy.isNull()", c_szSource, __LINE__)) {
         return false;
     }
     try {

@@ -34,6 +34,10 @@ bool getCanonicalPath(const char* path, std::string& out) {
             return false;
         }
     }
+    // A folder that does not exist keeps the separator behind it.
+    if (!canonical.has_filename() && canonical != canonical.root_path()) {
+        canonical = canonical.parent_path();
+    }
     out = canonical.string();
     return true;
 }

@@ -58,6 +58,12 @@ TEST_F(CanonicalPath, ResolvesDots) {
     EXPECT_EQ(canonical("/../.."), "/");
 }
 
+TEST_F(CanonicalPath, NeverEndsWithASeparator) {
+    EXPECT_EQ(canonical(m_root + "/dir/"), m_root + "/dir");
+    EXPECT_EQ(canonical(m_root + "/missing/"), m_root + "/missing");
+    EXPECT_EQ(canonical(m_root + "/missing/./"), m_root + "/missing");
+}
+
 TEST_F(CanonicalPath, TakesBackslashesForSlashes) {
     EXPECT_EQ(canonical(m_root + "\\dir\\sub\\..\\file"), m_root + "/dir/file");
 }
