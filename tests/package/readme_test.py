@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """What README.md shows is true: its program is examples/first-features.cpp to the letter, and works; its demo output is
-what the summary of the sample call and the list of its annotations print.
+what the summary of the sample call, the list of its annotations and the detectors print.
 
-    readme_test.py FIRST_FEATURES CALL_SUMMARY MURVANE_AUDIO SAMPLE_CALL
+    readme_test.py FIRST_FEATURES CALL_SUMMARY CALL_PROGRESS MURVANE_AUDIO SAMPLE_CALL
 """
 
 import pathlib
@@ -48,7 +48,12 @@ class Readme(unittest.TestCase):
         self.assertEqual(len(printed.splitlines()), 1 + len(phases.splitlines()))
         self.assertTrue(printed.startswith(shown), printed)
 
+    def test_the_detectors_find_what_it_says(self):
+        printed = subprocess.run([CALL_PROGRESS, CALL, "--phases", CALL.replace(".wav", ".csv")], check=True,
+                                 capture_output=True, text=True).stdout.splitlines()
+        self.assertIn(f"```\n{printed[-1]}\n```", README)
+
 
 if __name__ == "__main__":
-    FIRST_FEATURES, CALL_SUMMARY, MURVANE_AUDIO, CALL = sys.argv[1:5]
+    FIRST_FEATURES, CALL_SUMMARY, CALL_PROGRESS, MURVANE_AUDIO, CALL = sys.argv[1:6]
     unittest.main(argv=sys.argv[:1])
