@@ -235,6 +235,9 @@ void AnnotatedFile::appendAnnotations(IFF::ChunkList* pOldList) {
     newList.getList()->setType("adtl");
     IFF::ChunkList& list = pOldList != nullptr ? *pOldList : *newList.getList();
     AnnotationContents contents;
+    constexpr std::size_t usualSize = 64;  // of the three contents, with a short label
+    contents.bytes.reserve(usualSize * m_vAnnotations.size());
+    contents.ends.reserve(3 * m_vAnnotations.size());
     unsigned id = 0;
     for (const CloneableObjPtr<Annotation>& pAnnotation : m_vAnnotations) {
         createAnnotation(*pAnnotation, ++id, contents);
