@@ -11,7 +11,7 @@ import threading
 import time
 import unittest
 
-from command import PROGRAM, CommandTest, flac_bytes, tone, wav_bytes
+from command import PROGRAM, CommandTest, flac_bytes, measured_environment, tone, wav_bytes
 
 JOBS = ("1", "2", "7")
 
@@ -279,9 +279,8 @@ class Shown(CommandTest):
 class Memory(CommandTest):
     def peak(self, *arguments):
         """The largest resident size in MB."""
-        options = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:thread_local_quarantine_size_kb=16"
         process = subprocess.Popen([PROGRAM, "features", *arguments], cwd=self.folder, stdout=subprocess.DEVNULL,
-                                   env=os.environ | {"ASAN_OPTIONS": options})
+                                   env=measured_environment())
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
         self.assertEqual(process.returncode, 0)
@@ -291,7 +290,7 @@ class Memory(CommandTest):
         self.write_wav("a.wav", 1000)
         few = self.peak(*["a.wav"] * 100, "--feature", "SPECTRUM100HZ", "--jobs", "3")
         many = self.peak(*["a.wav"] * 10000, "--feature", "SPECTRUM100HZ", "--jobs", "3")
-        self.assertLess(many - few, 8)
+        self.assertLess(many - few, 32)  # what waits for its turn may take 8 MB a thread
 
     def test_it_does_not_grow_with_the_length_of_files(self):
         """What waits for its turn is limited, to 8 MB for each job."""

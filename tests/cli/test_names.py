@@ -8,7 +8,7 @@ import tempfile
 import time
 import unittest
 
-from command import PROGRAM, CommandTest
+from command import PROGRAM, CommandTest, measured_environment
 
 
 class NamesTest(CommandTest):
@@ -211,7 +211,7 @@ class ManyNames(NamesTest):
             file.write(names)
             file.seek(0)
             process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdin=file, stdout=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL)
+                                       stderr=subprocess.DEVNULL, env=measured_environment())
             _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
         return process.returncode, usage.ru_maxrss / 1024, usage.ru_utime + usage.ru_stime

@@ -10,7 +10,7 @@ import subprocess
 import time
 import unittest
 
-from command import PROGRAM, CommandTest
+from command import PROGRAM, CommandTest, measured_environment
 
 
 class Interrupted(CommandTest):
@@ -148,10 +148,8 @@ class Terminal(CommandTest):
 class Resources(CommandTest):
     def peak(self, *arguments):
         """The largest resident size in MB."""
-        # A sanitizer's own hoard of freed memory is not the command's.
-        options = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:thread_local_quarantine_size_kb=16"
-        environment = os.environ | {"ASAN_OPTIONS": options}
-        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdout=subprocess.DEVNULL, env=environment)
+        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdout=subprocess.DEVNULL,
+                                   env=measured_environment())
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
         self.assertEqual(process.returncode, 0)
@@ -170,7 +168,7 @@ class Resources(CommandTest):
         self.write_wav("a.wav", 3000)
         few = self.peak("features", "--feature", "SPECTRUM", *["a.wav"] * 100)
         many = self.peak("features", "--feature", "SPECTRUM", *["a.wav"] * 3000)
-        self.assertLess(many - few, 4)
+        self.assertLess(many - few, 32)  # what waits for its turn may take 8 MB a thread
 
     def test_a_file_that_was_never_completed_is_not_held_in_memory(self):
         for name, seconds in (("minute.wav", 60), ("hour.wav", 3600)):
