@@ -13,15 +13,19 @@ namespace Zantrix::Cli {
 struct Arenas::Impl {
     explicit Impl(unsigned limit) : limit(tbb::global_control::max_allowed_parallelism, limit) {}
 
+    tbb::task_scheduler_handle handle{tbb::attach{}};
     tbb::global_control limit;
     std::deque<tbb::task_arena> arenas;
 };
 
 Arenas::Arenas(unsigned limit) : m_pImpl(std::make_unique<Impl>(limit + 1)) {}  // and the thread that starts them
 
-// The threads themselves are the library's. They go on looking for work for a while, some milliseconds; a small run
-// does not wait for that.
-Arenas::~Arenas() = default;
+// Threads of the library's that outlive `main` use what the process destroys at its end, and crash now and then. To
+// wait until they have stopped looking for work takes a small run half a millisecond.
+Arenas::~Arenas() {
+    m_pImpl->arenas.clear();
+    tbb::finalize(m_pImpl->handle, std::nothrow);
+}
 
 void Arenas::start(unsigned count, Crew& crew) {
     tbb::task_arena& arena = m_pImpl->arenas.emplace_back(static_cast<int>(count), 0U);

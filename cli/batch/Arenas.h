@@ -12,7 +12,7 @@ public:
     /// @param limit  how many threads there may be at most
     explicit Arenas(unsigned limit);
 
-    /// To be called when no thread is in `Crew::runThread` any more.
+    /// Ends the threads, once none is in `Crew::runThread` any more.
     ~Arenas();
 
     Arenas(const Arenas&) = delete;
