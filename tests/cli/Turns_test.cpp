@@ -6,8 +6,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <numeric>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <thread>
 #include <vector>
