@@ -247,9 +247,7 @@ void AnnotatedFile::appendAnnotations(IFF::ChunkList* pOldList) {
     auto itEnd = contents.ends.begin();
     const auto appendNext = [&](IFF::ChunkId chunkId, IFF::ChunkList& to) {
         const std::size_t end = *itEnd++;
-        IFF::Chunk chunk(chunkId);
-        chunk.setData(IFF::SharedBytes(pBytes, std::string_view(*pBytes).substr(begin, end - begin)));
-        to.append(std::move(chunk));
+        to.append(chunkId, IFF::SharedBytes(pBytes, std::string_view(*pBytes).substr(begin, end - begin)));
         begin = end;
     };
     while (itEnd != contents.ends.end()) {

@@ -51,27 +51,73 @@ void Chunk::setData(SharedBytes bytes) {
     repairPadding();
 }
 
+/// Takes another identity and no content, as a new chunk.
+void Chunk::become(ChunkId id) {
+    *this = Chunk(id);
+}
+
 void Chunk::repairPadding() {
     m_ePadding = Padding::Present;
     m_cPadding = 0;
 }
 
-Chunk& ChunkList::append(Chunk chunk) {
+ChunkList::ChunkList(const ChunkList& other) : m_type(other.m_type), m_tail(other.m_tail) {
+    m_chunks.assign(other.begin(), other.end());
+}
+
+ChunkList& ChunkList::operator=(const ChunkList& other) {
+    // Copied first: `other` may stand somewhere below this list.
+    ChunkList copy(other);
+    m_type = copy.m_type;
+    m_tail = copy.m_tail;
+    while (!empty()) {
+        erase(begin());
+    }
+    for (Chunk& chunk : copy) {
+        add(chunk.m_id) = std::move(chunk);
+    }
+    return *this;
+}
+
+/// A new chunk at the end, next to whatever is there.
+Chunk& ChunkList::add(ChunkId id) {
+    if (m_removed.empty()) {
+        return m_chunks.emplace_back(id);
+    }
+    m_removed.front().become(id);
+    m_chunks.splice(m_chunks.end(), m_removed, m_removed.begin());
+    return m_chunks.back();
+}
+
+void ChunkList::repairLastPadding() {
     if (!m_chunks.empty() && m_chunks.back().m_ePadding == Chunk::Padding::Missing) {
         m_chunks.back().repairPadding();
     }
-    if (chunk.m_ePadding == Chunk::Padding::Missing) {
-        chunk.repairPadding();
-    }
-    m_chunks.push_back(std::move(chunk));
-    return m_chunks.back();
+}
+
+Chunk& ChunkList::append(Chunk chunk) {
+    repairLastPadding();
+    Chunk& added = add(chunk.m_id);
+    added = std::move(chunk);
+    repairLastPadding();
+    return added;
+}
+
+Chunk& ChunkList::append(ChunkId id, SharedBytes bytes) {
+    repairLastPadding();
+    Chunk& added = add(id);
+    added.setData(std::move(bytes));
+    return added;
 }
 
 ChunkList::iterator ChunkList::erase(iterator place) {
     if (place != m_chunks.begin() && std::prev(place)->m_ePadding == Chunk::Padding::Missing) {
         std::prev(place)->repairPadding();
     }
-    return m_chunks.erase(place);
+    const iterator next = std::next(place);
+    place->become(ChunkId());
+    m_removed.splice(m_removed.begin(), m_chunks, place);
+    return next;
 }
 
 }  // namespace Zantrix::IFF

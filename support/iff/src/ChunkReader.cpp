@@ -167,7 +167,7 @@ bool ChunkReader::add(const RawChunk& raw, ChunkList& list, unsigned depth) {
         return fail(raw.uiOffset, "a chunk header", "\"ds64\": files with 64-bit sizes are not supported");
     }
     noteDefects(raw);
-    Chunk& chunk = list.m_chunks.emplace_back(raw.id);
+    Chunk& chunk = list.add(raw.id);
     chunk.m_uiFileOffset = static_cast<std::uint32_t>(raw.uiOffset);
     takePadding(raw, chunk);
     return addBelow(raw, chunk, depth);
@@ -211,7 +211,7 @@ bool ChunkReader::readCueTable(const RawChunk& raw, ChunkList& list) {
         if (!countChunk(bytes.getOffset())) {
             return false;
         }
-        Chunk& record = list.m_chunks.emplace_back(c_cueRecordId);
+        Chunk& record = list.add(c_cueRecordId);
         record.m_uiFileOffset = static_cast<std::uint32_t>(bytes.getOffset());
         std::string_view content;
         bytes.read(c_uiCueRecordSize, content);

@@ -12,13 +12,7 @@ namespace Zantrix::IFF {
 
 namespace {
 
-void writeBytes(const SharedBytes& bytes, std::ostream& os) {
-    os.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-void writeBytes(const std::vector<char>& bytes, std::ostream& os) {
-    os.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
+constexpr std::size_t c_uiPendingSize = std::size_t{1} << 14;
 
 }  // namespace
 
@@ -69,42 +63,70 @@ bool ChunkWriter::measureList(const Chunk& owner, std::uint64_t& size) {
     return true;
 }
 
-void ChunkWriter::write(const Chunk& chunk, std::ostream& os) {
+void ChunkWriter::write(const Chunk& riff, const SharedBytes& trailing, std::ostream& os) {
+    m_pStream = &os;
+    m_vPending.reserve(c_uiPendingSize);
+    writeChunk(riff);
+    put(trailing.view());
+    flush();
+}
+
+void ChunkWriter::writeChunk(const Chunk& chunk) {
     const bool isList = chunk.getList() != nullptr;
     const std::uint32_t size = isList ? m_vListSizes[m_uiNextList++] : chunk.getSize();
-    std::vector<char> header;
-    header.reserve(c_uiHeaderSize);
-    appendId(header, chunk.getId());
-    appendLittleEndian(header, size);
-    writeBytes(header, os);
+    put(chunk.getId().view());
+    putLittleEndian(size);
     if (isList) {
-        writeList(chunk, os);
+        writeList(chunk);
     } else {
-        writeBytes(chunk.m_bytes, os);
+        put(chunk.m_bytes.view());
     }
     if (size % 2 != 0 && chunk.m_ePadding == Chunk::Padding::Present) {
-        os.put(chunk.m_cPadding);
+        put({&chunk.m_cPadding, 1});
     }
 }
 
-void ChunkWriter::writeList(const Chunk& owner, std::ostream& os) {
+void ChunkWriter::writeList(const Chunk& owner) {
     const ChunkList& list = *owner.getList();
     const bool isCueTable = owner.getId() == c_cueId;
-    std::vector<char> head;
     if (isCueTable) {
-        appendLittleEndian(head, static_cast<std::uint32_t>(list.size()));
+        putLittleEndian(static_cast<std::uint32_t>(list.size()));
     } else {
-        appendId(head, list.getType());
+        put(list.getType().view());
     }
-    writeBytes(head, os);
     for (const Chunk& chunk : list) {
         if (isCueTable) {
-            writeBytes(chunk.m_bytes, os);
+            put(chunk.m_bytes.view());
         } else {
-            write(chunk, os);
+            writeChunk(chunk);
         }
     }
-    writeBytes(list.getTail(), os);
+    put(list.getTail().view());
+}
+
+void ChunkWriter::putLittleEndian(std::uint32_t value) {
+    makeRoom(sizeof value);
+    appendLittleEndian(m_vPending, value);
+}
+
+void ChunkWriter::put(std::string_view bytes) {
+    makeRoom(bytes.size());
+    if (bytes.size() > c_uiPendingSize) {
+        m_pStream->write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    } else {
+        m_vPending.insert(m_vPending.end(), bytes.begin(), bytes.end());
+    }
+}
+
+void ChunkWriter::makeRoom(std::size_t size) {
+    if (m_vPending.size() + size > c_uiPendingSize) {
+        flush();
+    }
+}
+
+void ChunkWriter::flush() {
+    m_pStream->write(m_vPending.data(), static_cast<std::streamsize>(m_vPending.size()));
+    m_vPending.clear();
 }
 
 }  // namespace Zantrix::IFF

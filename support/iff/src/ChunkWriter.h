@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Zantrix::IFF {
@@ -18,19 +19,27 @@ public:
     /// @return false if the tree cannot be written; `getError` tells why
     bool measure(const Chunk& riff);
 
-    /// Writes the tree that was measured, with its padding byte.
-    void write(const Chunk& riff, std::ostream& os);
+    /// Writes the tree that was measured, with its padding byte, and what follows it.
+    void write(const Chunk& riff, const SharedBytes& trailing, std::ostream& os);
 
     const std::string& getError() const { return m_strError; }
 
 private:
     bool measureContent(const Chunk& chunk, std::uint64_t& size);
     bool measureList(const Chunk& owner, std::uint64_t& size);
-    void writeList(const Chunk& owner, std::ostream& os);
+    void writeChunk(const Chunk& chunk);
+    void writeList(const Chunk& owner);
+    void putLittleEndian(std::uint32_t value);
+    void put(std::string_view bytes);
+    void makeRoom(std::size_t size);
+    void flush();
 
     // In the order in which the lists are met, so that writing meets them in the same order.
     std::vector<std::uint32_t> m_vListSizes;
     std::size_t m_uiNextList = 0;
+    // What the stream is still to get: it takes its time over each call, and most chunks are small.
+    std::vector<char> m_vPending;
+    std::ostream* m_pStream = nullptr;
     std::string m_strError;
 };
 

@@ -118,8 +118,7 @@ std::ostream& IFFParser::write(std::ostream& os) {
     } else if (!writer.measure(m_riff)) {
         m_strError = writer.getError();
     } else {
-        writer.write(m_riff, os);
-        os.write(m_trailing.data(), static_cast<std::streamsize>(m_trailing.size()));
+        writer.write(m_riff, m_trailing, os);
         return os;
     }
     os.setstate(std::ios::failbit);

@@ -3,6 +3,7 @@
 #include <murvane/core/Assertion.h>
 #include <murvane/core/Object.h>
 
+#include <concepts>
 #include <utility>
 
 namespace Zantrix {
@@ -19,6 +20,10 @@ public:
     explicit CloneableObjPtr(Cloneable* pCloneable) : m_ptr(narrow(pCloneable)) {
         Assertion((pCloneable == nullptr) || m_ptr, "(pCloneable == 0) || m_ptr", c_szSource, __LINE__);
     }
+
+    /// The same for an object that is seen to be a `T`.
+    template <std::derived_from<T> U>
+    explicit CloneableObjPtr(U* pObject) noexcept : m_ptr(pObject) {}
 
     CloneableObjPtr(const CloneableObjPtr& aCP) : m_ptr(aCP.isNull() ? nullptr : narrow(aCP.m_ptr->clone())) {
         Assertion(aCP.isNull() || m_ptr, "aCP.isNull() || m_ptr", c_szSource, __LINE__);

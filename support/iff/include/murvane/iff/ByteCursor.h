@@ -2,6 +2,7 @@
 
 #include <murvane/iff/ChunkId.h>
 
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -89,9 +90,11 @@ private:
 /// Appends an integer, least significant byte first.
 template <std::unsigned_integral T>
 void appendLittleEndian(std::vector<char>& bytes, T value) {
+    std::array<char, sizeof(T)> encoded;
     for (std::size_t i = 0; i < sizeof(T); ++i) {
-        bytes.push_back(static_cast<char>(static_cast<unsigned char>(static_cast<std::uint64_t>(value) >> (8 * i))));
+        encoded[i] = static_cast<char>(static_cast<unsigned char>(static_cast<std::uint64_t>(value) >> (8 * i)));
     }
+    bytes.insert(bytes.end(), encoded.begin(), encoded.end());
 }
 
 inline void appendId(std::vector<char>& bytes, ChunkId id) {

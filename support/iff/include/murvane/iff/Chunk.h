@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <memory_resource>
 
 /// A RIFF file as a tree of values:
 ///
@@ -62,6 +63,7 @@ private:
     /// What follows content of an odd size: the byte m_cPadding, or nothing in files whose writer forgot it.
     enum class Padding : std::uint8_t { Present, Missing };
 
+    void become(ChunkId id);
     void repairPadding();
 
     // A file may hold millions of chunks. This attribute lets m_id share the last eight bytes of m_bytes with its size.
@@ -77,8 +79,12 @@ private:
 /// stay valid until that chunk itself is removed.
 class MURVANE_API ChunkList {
 public:
-    using iterator = std::list<Chunk>::iterator;
-    using const_iterator = std::list<Chunk>::const_iterator;
+    using iterator = std::pmr::list<Chunk>::iterator;
+    using const_iterator = std::pmr::list<Chunk>::const_iterator;
+
+    ChunkList() = default;
+    ChunkList(const ChunkList& other);
+    ChunkList& operator=(const ChunkList& other);
 
     /// The list type, such as "adtl" or "INFO", "WAVE" for the file itself; four zero bytes until it is set. The
     /// records of a "cue " chunk have none.
@@ -96,6 +102,9 @@ public:
     /// lacked its padding byte, it gets one: otherwise programs would look for the next chunk one byte too late.
     Chunk& append(Chunk chunk);
 
+    /// The same for a new chunk with this content.
+    Chunk& append(ChunkId id, SharedBytes bytes);
+
     /// Removes a chunk with all below it.
     ///
     /// @return the place of the next chunk, or `end()`
@@ -107,7 +116,14 @@ public:
 private:
     friend class ChunkReader;
 
-    std::list<Chunk> m_chunks;
+    Chunk& add(ChunkId id);
+    void repairLastPadding();
+
+    // A list of a hundred thousand chunks is common, and to ask for the memory of each takes longer than to read it.
+    // The first block has room for one: as many lists of a single chunk are possible, too.
+    std::pmr::monotonic_buffer_resource m_memory{sizeof(Chunk) + 2 * sizeof(void*)};
+    std::pmr::list<Chunk> m_chunks{&m_memory};
+    std::pmr::list<Chunk> m_removed{&m_memory};  // empty chunks, whose memory new ones use again
     ChunkId m_type;
     SharedBytes m_tail;
 };

@@ -5,6 +5,7 @@
 #include <array>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 namespace Zantrix::IFF {
 
@@ -22,6 +23,7 @@ public:
     /// The four bytes as they stand in a file.
     constexpr const std::array<char, 4>& getBytes() const { return m_code; }
     constexpr std::array<char, 4>& getBytes() { return m_code; }
+    constexpr std::string_view view() const { return {m_code.data(), m_code.size()}; }
 
     /// Whether all four are printable ASCII characters, as the codes of real chunks are.
     bool isPrintable() const;
