@@ -14,7 +14,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <testkit/WavBytes.h>
 
 namespace {
 
@@ -35,28 +35,12 @@ T take(IFF::ByteCursor& input) {
     return value;
 }
 
-void append(std::vector<char>& bytes, IFF::ChunkId id, const std::vector<char>& content) {
-    IFF::appendId(bytes, id);
-    IFF::appendLittleEndian(bytes, static_cast<std::uint32_t>(content.size()));
-    bytes.insert(bytes.end(), content.begin(), content.end());
-    bytes.resize(bytes.size() + content.size() % 2);
-}
-
 /// A mono file of 8-bit samples, which may be odd in number.
 std::string recording(std::uint32_t rate, std::uint16_t samples) {
-    std::vector<char> fmt;
-    IFF::appendLittleEndian<std::uint16_t>(fmt, 1);
-    IFF::appendLittleEndian<std::uint16_t>(fmt, 1);
-    IFF::appendLittleEndian(fmt, rate);
-    IFF::appendLittleEndian(fmt, rate);
-    IFF::appendLittleEndian<std::uint16_t>(fmt, 1);
-    IFF::appendLittleEndian<std::uint16_t>(fmt, 8);
-    std::vector<char> chunks{'W', 'A', 'V', 'E'};
-    append(chunks, "fmt ", fmt);
-    append(chunks, "data", std::vector<char>(samples, 'a'));
-    std::vector<char> file;
-    append(file, "RIFF", chunks);
-    return std::string(file.begin(), file.end());
+    using wav::u16;
+    using wav::u32;
+    const std::string fmt = u16(1) + u16(1) + u32(rate) + u32(rate) + u16(1) + u16(8);
+    return wav::file(wav::chunk("fmt ", fmt) + wav::chunk("data", std::string(samples, 'a')));
 }
 
 /// A time: half of them near the samples of the recording, half any double at all.

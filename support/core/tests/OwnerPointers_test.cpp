@@ -84,6 +84,15 @@ TEST_F(CloneablePointer, OwnsItsObject) {
     EXPECT_EQ(g_living, 0);
 }
 
+TEST_F(CloneablePointer, OwnsAnObjectWhoseTypeIsHidden) {
+    LogRecorder log;
+    Cloneable* const pHidden = new Derived(7);
+    const CloneableObjPtr<Counted> pointer(pHidden);
+    ASSERT_FALSE(pointer.isNull());
+    EXPECT_EQ(pointer->number, 7);
+    EXPECT_THAT(log.records(), IsEmpty());
+}
+
 TEST_F(CloneablePointer, ClonesItsObjectWhenCopied) {
     const CloneableObjPtr<Counted> pointer(new Derived(7));
     CloneableObjPtr<Counted> copy(pointer);

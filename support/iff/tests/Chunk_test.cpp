@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,7 @@ namespace {
 using Zantrix::IFF::Chunk;
 using Zantrix::IFF::ChunkId;
 using Zantrix::IFF::ChunkList;
+using Zantrix::IFF::SharedBytes;
 
 TEST(ChunkId, TellsCaseApartAndShowsUnprintableBytes) {
     EXPECT_NE(ChunkId("LIST"), ChunkId("list"));
@@ -133,6 +135,54 @@ TEST(ChunkList, KeepsOrderAndAddressesWhileItChanges) {
     list.erase(list.begin());
     EXPECT_TRUE(list.empty());
     EXPECT_EQ(list.size(), 0u);
+}
+
+TEST(ChunkList, WhatIsAddedAfterARemovalHasNothingOfWhatWasRemoved) {
+    ChunkList list;
+    list.append(Chunk("LIST")).getList()->append(Chunk("labl"));
+    list.append("note", SharedBytes::copyOf("odd", 3));
+    list.erase(list.begin());
+    list.erase(list.begin());
+
+    const Chunk& empty = list.append(Chunk("aaaa"));
+    EXPECT_EQ(empty.getId(), ChunkId("aaaa"));
+    EXPECT_EQ(empty.getSize(), 0u);
+    EXPECT_EQ(empty.getList(), nullptr);
+    Chunk& outer = list.append(Chunk("LIST"));
+    EXPECT_EQ(outer.getSize(), 0u);
+    ASSERT_NE(outer.getList(), nullptr);
+    EXPECT_TRUE(outer.getList()->empty());
+    EXPECT_EQ(list.size(), 2u);
+}
+
+TEST(ChunkList, KeepsNoMemoryForRemovalsBeyondTheMostThatItHeld) {
+    ChunkList list;
+    std::set<const Chunk*> places;
+    for (int i = 0; i < 1000; ++i) {
+        places.insert(&list.append("labl", SharedBytes::copyOf("x", 1)));
+        places.insert(&list.append("ltxt", SharedBytes::copyOf("y", 1)));
+        list.erase(list.begin());
+        list.erase(list.begin());
+    }
+    EXPECT_EQ(places.size(), 2u);
+}
+
+TEST(ChunkList, AssignmentTakesWhatTheOtherHoldsEvenFromBelow) {
+    ChunkList list;
+    list.setType("adtl");
+    list.append("old ", SharedBytes::copyOf("old", 3));
+    Chunk& outer = list.append(Chunk("LIST"));
+    outer.getList()->setType("INFO");
+    outer.getList()->append("ICMT", SharedBytes::copyOf("text", 4));
+
+    list = *outer.getList();
+    EXPECT_EQ(list.getType(), ChunkId("INFO"));
+    EXPECT_EQ(wav::outline(list), "ICMT:4");
+    EXPECT_EQ(wav::content(*list.begin()), "text");
+
+    const ChunkList& same = list;
+    list = same;
+    EXPECT_EQ(wav::outline(list), "ICMT:4");
 }
 
 }  // namespace
