@@ -3,6 +3,7 @@
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
 #include <murvane/iff/ByteCursor.h>
+#include <testkit/WavBytes.h>
 
 #include <log4cplus/logger.h>
 #include <log4cplus/nullappender.h>
@@ -14,7 +15,6 @@
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <testkit/WavBytes.h>
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include <murvane/audio.h>
+#include <testkit/AllocationCounter.h>
+#include <testkit/WavFixture.h>
 
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <testkit/AllocationCounter.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 using namespace Zantrix::Audio;

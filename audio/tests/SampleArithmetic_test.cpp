@@ -2,11 +2,12 @@
 #include "features/NeighbourhoodArithmetic.h"
 #include "features/SilenceRatioArithmetic.h"
 
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <testkit/SpecialNumbers.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 using namespace Zantrix::Audio;

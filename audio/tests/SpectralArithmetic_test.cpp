@@ -5,13 +5,14 @@
 #include "features/SpectralShapeArithmetic.h"
 #include "features/SpectrumBins.h"
 
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <numeric>
-#include <testkit/SpecialNumbers.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 using namespace Zantrix::Audio;

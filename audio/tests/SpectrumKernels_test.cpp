@@ -2,6 +2,11 @@
 
 #include <murvane/audio/input/AudioSignalWindow.h>
 #include <murvane/math/MathFourierTransform.h>
+#include <testkit/AllocationCounter.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
 
 #include <gtest/gtest.h>
 
@@ -12,11 +17,6 @@
 #include <limits>
 #include <numbers>
 #include <string>
-#include <testkit/AllocationCounter.h>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
-#include <testkit/SpecialNumbers.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace {

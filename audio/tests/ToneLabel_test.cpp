@@ -1,10 +1,11 @@
 #include "annotations/ToneLabel.h"
 
+#include <testkit/LogRecorder.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
-#include <testkit/LogRecorder.h>
 
 namespace {
 

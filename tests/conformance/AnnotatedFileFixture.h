@@ -4,13 +4,13 @@
 #include "AnnotationTesting.h"
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/WavBytes.h>
 
 #include <gmock/gmock.h>
 
 #include <sstream>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/WavBytes.h>
 #include <vector>
 
 namespace annotated_file_test {

@@ -4,6 +4,7 @@
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
 #include <murvane/core/SingletonRegistry.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,7 +14,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <testkit/LogRecorder.h>
 
 namespace {
 

@@ -2,12 +2,12 @@
 
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
-#include <testkit/LogRecorder.h>
 #include <thread>
 #include <typeinfo>
 #include <vector>

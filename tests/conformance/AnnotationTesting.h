@@ -3,10 +3,10 @@
 // What the tests of annotations share.
 #include <murvane/audio/annotations/AudioAnnotation.h>
 #include <murvane/core/MemAccount.h>
+#include <testkit/LogRecorder.h>
 
 #include <cstdint>
 #include <string>
-#include <testkit/LogRecorder.h>
 
 namespace annotation_test {
 

@@ -1,4 +1,5 @@
 #include <murvane/audio/computation/AudioFeatureComputerImpl.h>
+#include <testkit/LogRecorder.h>
 
 #include <boost/archive/archive_exception.hpp>
 #include <boost/archive/polymorphic_binary_iarchive.hpp>
@@ -16,7 +17,6 @@
 #include <regex>
 #include <sstream>
 #include <string>
-#include <testkit/LogRecorder.h>
 #include <vector>
 
 using namespace Zantrix;

@@ -1,12 +1,12 @@
 #include "AnnotationTesting.h"
 
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
-#include <testkit/LogRecorder.h>
 
 namespace {
 

@@ -1,12 +1,13 @@
 // The audio of annotated files, as libsndfile decodes it: no edit may touch a bit of it.
 #include "AnnotatedFileFixture.h"
 
+#include <testkit/WavFixture.h>
+
 #include <sndfile.h>
 
 #include <bit>
 #include <cstdint>
 #include <functional>
-#include <testkit/WavFixture.h>
 
 namespace {
 

@@ -1,12 +1,13 @@
 // Edits of annotated files on disk.
 #include "AnnotatedFileFixture.h"
 
+#include <testkit/AsUser.h>
+#include <testkit/WavFixture.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <sys/stat.h>
-#include <testkit/AsUser.h>
-#include <testkit/WavFixture.h>
 #include <unistd.h>
 
 namespace {

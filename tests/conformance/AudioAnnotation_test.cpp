@@ -1,6 +1,8 @@
 #include "AnnotationTesting.h"
 
 #include <murvane/audio/annotations/AudioAnnotation.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SpecialNumbers.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,8 +14,6 @@
 #include <new>
 #include <sstream>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/SpecialNumbers.h>
 #include <utility>
 
 namespace {

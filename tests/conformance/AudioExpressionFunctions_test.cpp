@@ -2,6 +2,7 @@
 #include <murvane/core/MemAccount.h>
 #include <murvane/mathxpr/ExpressionList.h>
 #include <murvane/mathxpr/Registry.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 
 #include <memory>
 #include <string>
-#include <testkit/LogRecorder.h>
 #include <vector>
 
 using namespace Zantrix;

@@ -3,6 +3,9 @@
 #include <murvane/audio/features/SpectrumFeatures.h>
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
 #include <murvane/core/MemAccount.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,9 +16,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 using namespace Zantrix;

@@ -1,5 +1,6 @@
 #include <murvane/audio.h>
 #include <murvane/core/MemAccount.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 #include <cctype>
 #include <memory>
 #include <string>
-#include <testkit/LogRecorder.h>
 #include <thread>
 #include <typeinfo>
 #include <vector>

@@ -1,8 +1,9 @@
 // What the file evaluator refuses, what it says then, and that no output file comes of it.
 #include "EvaluatorFixture.h"
 
-#include <sys/stat.h>
 #include <testkit/Stream.h>
+
+#include <sys/stat.h>
 
 namespace {
 

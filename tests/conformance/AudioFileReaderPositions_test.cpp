@@ -1,10 +1,11 @@
 #include "ReaderFixture.h"
 
+#include <testkit/Stream.h>
+
 #include <cmath>
 #include <limits>
 #include <memory>
 #include <sstream>
-#include <testkit/Stream.h>
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include <murvane/audio/batch/AudioSetParser.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/WavFixture.h>
 #include <thread>
 #include <vector>
 

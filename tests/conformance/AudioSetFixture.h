@@ -2,15 +2,15 @@
 
 // What the tests of audio sets share.
 #include <murvane/audio/batch/AudioSetParser.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/TraceRecords.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace audio_set_test {

@@ -1,4 +1,6 @@
 #include <murvane/audio/input/AudioSignalWindow.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
 
 #include <gmock/gmock.h>
 
@@ -7,8 +9,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <testkit/LogRecorder.h>
-#include <testkit/TraceRecords.h>
 
 namespace {
 

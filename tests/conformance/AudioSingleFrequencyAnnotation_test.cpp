@@ -1,11 +1,11 @@
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <string>
-#include <testkit/LogRecorder.h>
 #include <utility>
 
 namespace {

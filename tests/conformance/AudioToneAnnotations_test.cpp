@@ -4,6 +4,7 @@
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
 #include <murvane/core/Text.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,7 +12,6 @@
 #include <memory>
 #include <sstream>
 #include <string>
-#include <testkit/LogRecorder.h>
 
 namespace {
 

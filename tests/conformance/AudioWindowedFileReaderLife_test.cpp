@@ -1,8 +1,9 @@
 #include "WindowedReaderFixture.h"
 
+#include <testkit/Stream.h>
+
 #include <algorithm>
 #include <filesystem>
-#include <testkit/Stream.h>
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include "ReaderFixture.h"
 
 #include <murvane/audio/batch/AudioFileEvaluator.h>
+#include <testkit/WavBytes.h>
 
 #include <functional>
-#include <testkit/WavBytes.h>
 
 namespace evaluator_test {
 

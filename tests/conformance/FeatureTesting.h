@@ -1,6 +1,9 @@
 #pragma once
 
 #include <murvane/math/SignalFeature.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/SpecialNumbers.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,9 +13,6 @@
 #include <limits>
 #include <memory>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
-#include <testkit/SpecialNumbers.h>
 #include <typeinfo>
 #include <vector>
 

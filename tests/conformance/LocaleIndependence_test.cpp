@@ -2,6 +2,10 @@
 #include "AnnotationBuilderFixture.h"
 
 #include <murvane/audio.h>
+#include <testkit/ForeignLocale.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,10 +13,6 @@
 #include <memory>
 #include <sstream>
 #include <string>
-#include <testkit/ForeignLocale.h>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace {

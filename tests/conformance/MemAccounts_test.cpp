@@ -5,6 +5,7 @@
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
 #include <murvane/core/MemAccount.h>
 #include <murvane/core/RefCountedObjPtr.h>
+#include <testkit/LogRecorder.h>
 
 #include <gtest/gtest.h>
 #include <log4cplus/loglevel.h>
@@ -12,7 +13,6 @@
 #include <array>
 #include <memory>
 #include <string>
-#include <testkit/LogRecorder.h>
 #include <vector>
 
 using namespace Zantrix;

@@ -3,14 +3,14 @@
 #include <murvane/audio/input/AudioLinearWindower.h>
 #include <murvane/audio/input/AudioSignalWindow.h>
 #include <murvane/audio/input/AudioWindowedFileReader.h>
+#include <testkit/AllocationCounter.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/WavFixture.h>
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <string>
-#include <testkit/AllocationCounter.h>
-#include <testkit/LogRecorder.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace {

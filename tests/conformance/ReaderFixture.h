@@ -2,6 +2,9 @@
 
 // What the tests of the file reader share.
 #include <murvane/audio/input/AudioFileReader.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 #include <sndfile.h>
@@ -10,9 +13,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/TraceRecords.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace reader_test {

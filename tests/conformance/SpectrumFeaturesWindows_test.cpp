@@ -1,10 +1,11 @@
 #include "SpectrumTesting.h"
 
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
 #include <vector>
 
 using namespace spectrumtesting;

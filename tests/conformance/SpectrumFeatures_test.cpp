@@ -1,13 +1,14 @@
 #include "SpectrumTesting.h"
 
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <memory>
 #include <numbers>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
 #include <vector>
 
 using namespace spectrumtesting;

@@ -1,11 +1,12 @@
 #include "SpectrumTesting.h"
 
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
 
 using namespace spectrumtesting;
 using testing::Each;

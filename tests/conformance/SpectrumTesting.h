@@ -1,13 +1,13 @@
 #pragma once
 
 #include <murvane/audio/features/SpectrumFeatures.h>
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <numeric>
-#include <testkit/SpecialNumbers.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 /// What the tests of the spectrum features share.

@@ -2,14 +2,14 @@
 
 // What the tests of the windower share.
 #include <murvane/audio/input/AudioLinearWindower.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
 
 #include <gmock/gmock.h>
 
 #include <cstdint>
 #include <numeric>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/TraceRecords.h>
 #include <vector>
 
 namespace windower_test {

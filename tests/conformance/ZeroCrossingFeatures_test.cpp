@@ -1,5 +1,8 @@
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
 #include <murvane/infra/ParameterTrie.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,9 +11,6 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <testkit/LogRecorder.h>
-#include <testkit/SpecialNumbers.h>
-#include <testkit/WavFixture.h>
 
 using namespace Zantrix;
 using namespace Zantrix::Audio;

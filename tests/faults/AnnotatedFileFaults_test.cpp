@@ -2,6 +2,8 @@
 #include "SystemCallFaults.h"
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
+#include <testkit/WavBytes.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 #include <log4cplus/logger.h>
@@ -10,8 +12,6 @@
 #include <filesystem>
 #include <functional>
 #include <string>
-#include <testkit/WavBytes.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace {

@@ -1,6 +1,8 @@
 #include <murvane/audio/computation/AudioFeatureComputerImpl.h>
 #include <murvane/audio/features/AudioFeatureImpl.h>
 #include <murvane/audio/features/ZeroCrossingFeatures.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
 
 #include <gtest/gtest.h>
 #include <log4cplus/loglevel.h>
@@ -12,8 +14,6 @@
 #include <memory>
 #include <random>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
 #include <vector>
 
 using namespace Zantrix;

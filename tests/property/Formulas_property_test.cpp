@@ -2,6 +2,8 @@
 #include <murvane/audio/features/PeakFeatures.h>
 #include <murvane/mathxpr/ExpressionList.h>
 #include <murvane/mathxpr/Registry.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
 
 #include <gtest/gtest.h>
 #include <log4cplus/loglevel.h>
@@ -14,8 +16,6 @@
 #include <random>
 #include <set>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
 #include <vector>
 
 using namespace Zantrix;

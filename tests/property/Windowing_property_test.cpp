@@ -1,6 +1,7 @@
 #include <murvane/audio/input/AudioFileReader.h>
 #include <murvane/audio/input/AudioLinearWindower.h>
 #include <murvane/audio/input/AudioWindowedFileReader.h>
+#include <testkit/WavFixture.h>
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,6 @@
 #include <ostream>
 #include <random>
 #include <string>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace {

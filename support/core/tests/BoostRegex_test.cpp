@@ -1,10 +1,10 @@
 #include <murvane/core/BoostRegex.h>
+#include <testkit/ForeignLocale.h>
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
-#include <testkit/ForeignLocale.h>
 
 namespace {
 

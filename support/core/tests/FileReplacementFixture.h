@@ -2,6 +2,8 @@
 
 // What the tests of file replacement share.
 #include <murvane/core/FileReplacement.h>
+#include <testkit/AsUser.h>
+#include <testkit/WavFixture.h>
 
 #include <gmock/gmock.h>
 
@@ -10,8 +12,6 @@
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
-#include <testkit/AsUser.h>
-#include <testkit/WavFixture.h>
 #include <vector>
 
 namespace file_replacement_test {

@@ -1,13 +1,13 @@
 #include <murvane/core/Assertion.h>
 #include <murvane/core/Logging.h>
+#include <testkit/ForeignLocale.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
 
 #include <gmock/gmock.h>
 
 #include <ostream>
 #include <string>
-#include <testkit/ForeignLocale.h>
-#include <testkit/LogRecorder.h>
-#include <testkit/TraceRecords.h>
 #include <vector>
 
 namespace {

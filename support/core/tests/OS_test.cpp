@@ -1,10 +1,10 @@
 #include <murvane/core/OS.h>
+#include <testkit/WavFixture.h>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
-#include <testkit/WavFixture.h>
 
 namespace {
 

@@ -4,6 +4,8 @@
 #include <murvane/core/MemAccount.h>
 #include <murvane/core/Object.h>
 #include <murvane/core/RefCountedObjPtr.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/TraceRecords.h>
 
 #include <gmock/gmock.h>
 
@@ -11,8 +13,6 @@
 #include <ostream>
 #include <sstream>
 #include <string>
-#include <testkit/LogRecorder.h>
-#include <testkit/TraceRecords.h>
 #include <utility>
 
 namespace {

@@ -1,9 +1,9 @@
 #include <murvane/core/Text.h>
+#include <testkit/ForeignLocale.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <testkit/ForeignLocale.h>
 
 namespace Text = Zantrix::Text;
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <murvane/iff/IFFParser.h>
+#include <testkit/WavBytes.h>
 
 #include <sstream>
 #include <string>
-#include <testkit/WavBytes.h>
 
 /// Shows trees of chunks as strings, so that they can be compared in tests.
 namespace wav {

@@ -1,4 +1,5 @@
 #include <murvane/math/BasicFeatures.h>
+#include <testkit/SpecialNumbers.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,7 +7,6 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <testkit/SpecialNumbers.h>
 
 using namespace Zantrix::Math;
 using testing::ElementsAre;

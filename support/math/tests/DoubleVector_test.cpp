@@ -1,10 +1,10 @@
 #include <murvane/math/DoubleVector.h>
+#include <testkit/SpecialNumbers.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <testkit/SpecialNumbers.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,6 +1,7 @@
 #include "ProbeComputer.h"
 
 #include <murvane/infra/ParameterTrie.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 
 #include <memory>
 #include <string>
-#include <testkit/LogRecorder.h>
 #include <type_traits>
 #include <vector>
 

@@ -1,4 +1,9 @@
 #include <murvane/math/MathFourierTransform.h>
+#include <testkit/AllocationCounter.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SameBits.h>
+#include <testkit/SpecialNumbers.h>
+#include <testkit/WavFixture.h>
 
 #include <gtest/gtest.h>
 
@@ -7,11 +12,6 @@
 #include <complex>
 #include <limits>
 #include <numbers>
-#include <testkit/AllocationCounter.h>
-#include <testkit/LogRecorder.h>
-#include <testkit/SameBits.h>
-#include <testkit/SpecialNumbers.h>
-#include <testkit/WavFixture.h>
 #include <thread>
 #include <vector>
 

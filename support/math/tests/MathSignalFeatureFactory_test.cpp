@@ -1,13 +1,13 @@
 #include <murvane/math/BasicFeatures.h>
 #include <murvane/math/MathSignalFeatureFactory.h>
 #include <murvane/math/RangeFeature.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <log4cplus/loglevel.h>
 
 #include <memory>
-#include <testkit/LogRecorder.h>
 
 using namespace Zantrix::Math;
 using testing::ElementsAre;

@@ -1,5 +1,6 @@
 #include <murvane/infra/ParameterTrie.h>
 #include <murvane/math/RangeFeature.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +8,6 @@
 
 #include <limits>
 #include <memory>
-#include <testkit/LogRecorder.h>
 
 using namespace Zantrix;
 using namespace Zantrix::Math;

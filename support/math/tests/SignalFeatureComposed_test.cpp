@@ -1,12 +1,12 @@
 #include <murvane/math/BasicFeatures.h>
 #include <murvane/math/RangeFeature.h>
 #include <murvane/math/SignalFeatureComposed.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <testkit/LogRecorder.h>
 
 using namespace Zantrix;
 using namespace Zantrix::Math;

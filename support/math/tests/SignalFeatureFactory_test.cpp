@@ -1,12 +1,12 @@
 #include <murvane/core/MemAccount.h>
 #include <murvane/math/MathSignalFeatureFactory.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <log4cplus/loglevel.h>
 
 #include <memory>
-#include <testkit/LogRecorder.h>
 
 using namespace Zantrix;
 using namespace Zantrix::Math;

@@ -1,10 +1,10 @@
 #include "FormulaTesting.h"
 #include "TestFunctions.h"
 
+#include <testkit/AllocationCounter.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <testkit/AllocationCounter.h>
 
 namespace {
 

@@ -2,6 +2,8 @@
 #include "TestFunctions.h"
 
 #include <murvane/core/MemAccount.h>
+#include <testkit/LogRecorder.h>
+#include <testkit/SpecialNumbers.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,8 +12,6 @@
 #include <cstring>
 #include <memory>
 #include <random>
-#include <testkit/LogRecorder.h>
-#include <testkit/SpecialNumbers.h>
 
 namespace {
 

@@ -1,13 +1,13 @@
 // What is said about formulas that can be parsed and have no meaning.
 #include <murvane/core/MemAccount.h>
 #include <murvane/mathxpr/ExpressionList.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <ostream>
 #include <string>
-#include <testkit/LogRecorder.h>
 
 namespace {
 

@@ -2,13 +2,13 @@
 
 #include <murvane/core/MemAccount.h>
 #include <murvane/mathxpr/UserFunctionImpl.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <memory>
-#include <testkit/LogRecorder.h>
 #include <type_traits>
 
 namespace {

@@ -3,12 +3,12 @@
 #include <murvane/core/MemAccount.h>
 #include <murvane/mathxpr/Registry.h>
 #include <murvane/mathxpr/UserFunctionImpl.h>
+#include <testkit/LogRecorder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <testkit/LogRecorder.h>
 
 namespace {
 

@@ -1,7 +1,8 @@
+#include <testkit/AllocationCounter.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
-#include <testkit/AllocationCounter.h>
 
 namespace {
 

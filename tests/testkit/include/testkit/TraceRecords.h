@@ -1,7 +1,8 @@
 #pragma once
 
-#include <string>
 #include <testkit/LogRecorder.h>
+
+#include <string>
 #include <vector>
 
 namespace testkit {
