@@ -2,6 +2,7 @@
 #include "SystemCallFaults.h"
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
+#include <testkit/AsUser.h>
 #include <testkit/WavBytes.h>
 #include <testkit/WavFixture.h>
 
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 namespace {
@@ -68,6 +70,15 @@ protected:
         return count;
     }
 
+    // Puts the folder back into the state before an edit.
+    void restore() {
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.path())) {
+            std::filesystem::remove(entry.path());
+        }
+        writeBytes(m_file, m_old);
+        writeBytes(m_other, annotated("another"));
+    }
+
     // What the edit makes of the file when nothing goes wrong.
     std::string edited() {
         EXPECT_TRUE(GetParam().run(m_file, m_other));
@@ -104,15 +115,42 @@ TEST_P(AnnotatedFileFaults, LeaveTheOldFileOrTheNewOne) {
                 ASSERT_EQ(*outcome.exitCode == 0, bytes == neu) << where << ": told the wrong thing";
                 ASSERT_EQ(countFiles(), 2u) << where << ": left a temporary";
             }
-            for (const auto& entry : std::filesystem::directory_iterator(m_folder.path())) {
-                std::filesystem::remove(entry.path());
-            }
-            writeBytes(m_file, m_old);
-            writeBytes(m_other, annotated("another"));
+            restore();
         }
         // The last run went through; and most places are before the rename.
         EXPECT_GT(newFiles, 0u) << fault.name;
         EXPECT_GT(place, newFiles + 10) << fault.name;
+    }
+}
+
+// In a folder that takes no temporary the file itself is overwritten. A process that dies meanwhile leaves a part; one
+// that goes on puts the old bytes back.
+TEST_P(AnnotatedFileFaults, LeaveTheOldFileOrTheNewOneWhereItIsWrittenInPlace) {
+    const std::string neu = edited();
+    const auto editInPlace = [&] { return dropPrivileges() && GetParam().run(m_file, m_other) ? 0 : 1; };
+    for (const faults::Fault& fault : c_faults) {
+        if (!fault.error) {
+            continue;
+        }
+        unsigned failures = 0;
+        unsigned place = 0;
+        for (bool isReached = true; isReached; ++place) {
+            ASSERT_LT(place, 5000u);
+            restore();
+            giveToUser(m_file);
+            ::chmod(m_folder.path().c_str(), 0555);
+            const faults::Outcome outcome = faults::runWithFault(editInPlace, place, fault);
+            ::chmod(m_folder.path().c_str(), 0755);
+            isReached = outcome.isReached;
+            const std::string where =
+                std::string(fault.name) + " at system call " + std::to_string(place) + ", number " + outcome.systemCall;
+            const std::string bytes = readBytes(m_file);
+            ASSERT_TRUE(outcome.exitCode) << where << ": died";
+            ASSERT_TRUE(bytes == (*outcome.exitCode == 0 ? neu : m_old)) << where << ": " << bytes.size() << " bytes";
+            ASSERT_EQ(countFiles(), 2u) << where << ": left a file";
+            failures += *outcome.exitCode == 0 ? 0 : 1;
+        }
+        EXPECT_GT(failures, 0u) << fault.name;
     }
 }
 

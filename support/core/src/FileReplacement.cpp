@@ -70,6 +70,45 @@ bool writeWhole(const void* bytes, std::size_t size, WriteSome writeSome) {
     return true;
 }
 
+bool readAll(int descriptor, std::string& bytes) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) {
+        return false;
+    }
+    bytes.resize(static_cast<std::size_t>(status.st_size));
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = ::pread(descriptor, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done));
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        if (count == 0) {
+            break;
+        }
+        done += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    bytes.resize(done);
+    return true;
+}
+
+// Asks for the room that a file needs to become so long, before any of its bytes change. Where the file system cannot
+// tell, writing will.
+bool reserve(int descriptor, std::size_t size) {
+    if (size == 0 || ::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)) == 0) {
+        return true;
+    }
+    return errno == EOPNOTSUPP || errno == ENOSYS;
+}
+
+// Makes these bytes the content of the file, on disk.
+bool overwrite(int descriptor, const std::string& bytes) {
+    const auto writeSome = [&](const char* next, std::size_t rest) {
+        return ::pwrite(descriptor, next, rest, next - bytes.data());
+    };
+    return writeWhole(bytes.data(), bytes.size(), writeSome) &&
+           ::ftruncate(descriptor, static_cast<off_t>(bytes.size())) == 0 && ::fsync(descriptor) == 0;
+}
+
 }  // namespace
 
 FileReplacement::~FileReplacement() {
@@ -183,18 +222,9 @@ bool FileReplacement::truncate(std::uint64_t size) {
 
 bool FileReplacement::commit() {
     if (m_eKind == Kind::Buffer) {
-        m_iDescriptor = ::open(m_strTarget.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-        if (m_iDescriptor < 0) {
-            return fail(errno);
-        }
-        if (!append(m_strBuffer.data(), m_strBuffer.size())) {
-            return false;
-        }
+        return overwriteTarget();
     }
-    if (m_eKind != Kind::Device && m_time) {
-        const std::timespec times[] = {*m_time, *m_time};
-        ::futimens(m_iDescriptor, times);  // at worst it is later than said
-    }
+    applyTime();
     if (m_eKind != Kind::Device && ::fsync(m_iDescriptor) != 0) {
         return fail(errno);
     }
@@ -209,6 +239,37 @@ bool FileReplacement::commit() {
         }
         flushFolder(folderOf(m_strTarget));
     }
+    m_eKind = Kind::Closed;
+    return true;
+}
+
+void FileReplacement::applyTime() {
+    if (m_eKind != Kind::Device && m_time) {
+        const std::timespec times[] = {*m_time, *m_time};
+        ::futimens(m_iDescriptor, times);  // at worst it is later than said
+    }
+}
+
+// Puts the buffer in the target's place; if that fails, its old bytes again.
+bool FileReplacement::overwriteTarget() {
+    m_iDescriptor = ::open(m_strTarget.c_str(), O_RDWR | O_CLOEXEC);
+    std::string old;
+    if (m_iDescriptor < 0 || !readAll(m_iDescriptor, old)) {
+        return fail(errno);
+    }
+    if (!reserve(m_iDescriptor, m_strBuffer.size()) || !overwrite(m_iDescriptor, m_strBuffer)) {
+        const int error = errno;
+        const bool isRestored = overwrite(m_iDescriptor, old);
+        const int errorOfRestoring = errno;
+        fail(error);
+        if (!isRestored) {
+            m_strError += std::string("; what the file held could not be put back: ") + std::strerror(errorOfRestoring);
+        }
+        return false;
+    }
+    applyTime();
+    ::close(m_iDescriptor);  // all is on disk already
+    m_iDescriptor = -1;
     m_eKind = Kind::Closed;
     return true;
 }

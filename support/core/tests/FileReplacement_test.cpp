@@ -1,6 +1,8 @@
 #include "FileReplacementFixture.h"
 
+#include <csignal>
 #include <limits>
+#include <sys/resource.h>
 
 namespace {
 
@@ -292,6 +294,24 @@ TEST_F(FileReplacementReadOnlyFolder, KeepsItsFileWithoutACommit) {
               }),
               "");
     EXPECT_EQ(readBytes(m_path), "old and longer");
+}
+
+TEST_F(FileReplacementReadOnlyFolder, HasItsFileBackWhenTheNewBytesDoNotFit) {
+    const std::string old(5000, 'o');
+    writeBytes(m_path, old);
+    EXPECT_EQ(asUser([&]() -> std::string {
+                  // A limit on the size of files stands for the full disk.
+                  std::signal(SIGXFSZ, SIG_IGN);
+                  const rlimit limit{8192, 8192};
+                  ::setrlimit(RLIMIT_FSIZE, &limit);
+                  FileReplacement file;
+                  if (!file.open(m_path, FileReplacement::InPlace::Allowed) || !write(file, std::string(9000, 'n'))) {
+                      return "open: " + file.getError();
+                  }
+                  return file.commit() ? "committed" : file.getError();
+              }),
+              "File too large");
+    EXPECT_TRUE(readBytes(m_path) == old);
 }
 
 TEST_F(FileReplacementReadOnlyFolder, OverwritesNothingThatWasNotWritten) {

@@ -22,7 +22,8 @@ Chunk::Chunk(const Chunk& other)
       m_pList(other.m_pList ? std::make_unique<ChunkList>(*other.m_pList) : nullptr),
       m_uiFileOffset(other.m_uiFileOffset),
       m_ePadding(other.m_ePadding),
-      m_cPadding(other.m_cPadding) {}
+      m_cPadding(other.m_cPadding),
+      m_bChanged(other.m_bChanged) {}
 
 Chunk& Chunk::operator=(const Chunk& other) {
     // Copied first: `other` may stand somewhere below this chunk.
@@ -38,6 +39,7 @@ Chunk& Chunk::operator=(Chunk&& other) noexcept {
     m_uiFileOffset = taken.m_uiFileOffset;
     m_ePadding = taken.m_ePadding;
     m_cPadding = taken.m_cPadding;
+    m_bChanged = true;
     return *this;
 }
 
@@ -48,6 +50,7 @@ void Chunk::setData(const char* bytes, unsigned size) {
 void Chunk::setData(SharedBytes bytes) {
     m_bytes = std::move(bytes);
     m_pList.reset();
+    m_bChanged = true;
     repairPadding();
 }
 
@@ -61,7 +64,8 @@ void Chunk::repairPadding() {
     m_cPadding = 0;
 }
 
-ChunkList::ChunkList(const ChunkList& other) : m_type(other.m_type), m_tail(other.m_tail) {
+ChunkList::ChunkList(const ChunkList& other)
+    : m_bChanged(other.m_bChanged), m_type(other.m_type), m_tail(other.m_tail) {
     m_chunks.assign(other.begin(), other.end());
 }
 
@@ -70,6 +74,7 @@ ChunkList& ChunkList::operator=(const ChunkList& other) {
     ChunkList copy(other);
     m_type = copy.m_type;
     m_tail = copy.m_tail;
+    m_bChanged = true;
     while (!empty()) {
         erase(begin());
     }
@@ -89,31 +94,22 @@ Chunk& ChunkList::add(ChunkId id) {
     return m_chunks.back();
 }
 
-void ChunkList::repairLastPadding() {
-    if (!m_chunks.empty() && m_chunks.back().m_ePadding == Chunk::Padding::Missing) {
-        m_chunks.back().repairPadding();
-    }
-}
-
 Chunk& ChunkList::append(Chunk chunk) {
-    repairLastPadding();
+    m_bChanged = true;
     Chunk& added = add(chunk.m_id);
     added = std::move(chunk);
-    repairLastPadding();
     return added;
 }
 
 Chunk& ChunkList::append(ChunkId id, SharedBytes bytes) {
-    repairLastPadding();
+    m_bChanged = true;
     Chunk& added = add(id);
     added.setData(std::move(bytes));
     return added;
 }
 
 ChunkList::iterator ChunkList::erase(iterator place) {
-    if (place != m_chunks.begin() && std::prev(place)->m_ePadding == Chunk::Padding::Missing) {
-        std::prev(place)->repairPadding();
-    }
+    m_bChanged = true;
     const iterator next = std::next(place);
     place->become(ChunkId());
     m_removed.splice(m_removed.begin(), m_chunks, place);

@@ -52,6 +52,7 @@ bool ChunkReader::read(Chunk& riff, SharedBytes& trailing) {
     }
     ChunkList& list = *riff.getList();
     list.setType(c_waveType);
+    list.m_bChanged = false;
     if (!readTopLevel(bytes, end, list)) {
         return false;
     }
@@ -169,6 +170,10 @@ bool ChunkReader::add(const RawChunk& raw, ChunkList& list, unsigned depth) {
     noteDefects(raw);
     Chunk& chunk = list.add(raw.id);
     chunk.m_uiFileOffset = static_cast<std::uint32_t>(raw.uiOffset);
+    chunk.m_bChanged = false;
+    if (chunk.m_pList) {
+        chunk.m_pList->m_bChanged = false;
+    }
     takePadding(raw, chunk);
     return addBelow(raw, chunk, depth);
 }
@@ -212,6 +217,7 @@ bool ChunkReader::readCueTable(const RawChunk& raw, ChunkList& list) {
             return false;
         }
         Chunk& record = list.add(c_cueRecordId);
+        record.m_bChanged = false;
         record.m_uiFileOffset = static_cast<std::uint32_t>(bytes.getOffset());
         std::string_view content;
         bytes.read(c_uiCueRecordSize, content);

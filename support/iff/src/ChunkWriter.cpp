@@ -5,6 +5,7 @@
 #include <murvane/core/Logging.h>
 #include <murvane/iff/ByteCursor.h>
 
+#include <algorithm>
 #include <limits>
 #include <ostream>
 
@@ -17,8 +18,23 @@ constexpr std::size_t c_uiPendingSize = std::size_t{1} << 14;
 }  // namespace
 
 bool ChunkWriter::measure(const Chunk& riff) {
+    m_bPadsAll = hasChanged(riff);
     std::uint64_t size = 0;
     return measureContent(riff, size);
+}
+
+/// Whether anything below differs from what was read. The chunk itself is that of the file.
+bool ChunkWriter::hasChanged(const Chunk& chunk) {
+    const ChunkList* pList = chunk.getList();
+    return pList != nullptr && (pList->m_bChanged || std::any_of(pList->begin(), pList->end(), [](const Chunk& child) {
+                                    return child.m_bChanged || hasChanged(child);
+                                }));
+}
+
+/// Padding that is missing throughout can be recognised; where some is there and some is missing, it is a matter of
+/// luck what a reader makes of it. So an old chunk may lack it only in a file without any new one.
+bool ChunkWriter::isPadded(const Chunk& chunk, std::uint64_t size) const {
+    return size % 2 != 0 && (m_bPadsAll || chunk.m_ePadding == Chunk::Padding::Present);
 }
 
 bool ChunkWriter::measureContent(const Chunk& chunk, std::uint64_t& size) {
@@ -57,8 +73,7 @@ bool ChunkWriter::measureList(const Chunk& owner, std::uint64_t& size) {
         if (!measureContent(chunk, content)) {
             return false;
         }
-        const bool padded = content % 2 != 0 && chunk.m_ePadding == Chunk::Padding::Present;
-        size += c_uiHeaderSize + content + (padded ? 1 : 0);
+        size += c_uiHeaderSize + content + (isPadded(chunk, content) ? 1 : 0);
     }
     return true;
 }
@@ -81,7 +96,7 @@ void ChunkWriter::writeChunk(const Chunk& chunk) {
     } else {
         put(chunk.m_bytes.view());
     }
-    if (size % 2 != 0 && chunk.m_ePadding == Chunk::Padding::Present) {
+    if (isPadded(chunk, size)) {
         put({&chunk.m_cPadding, 1});
     }
 }

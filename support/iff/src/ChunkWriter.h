@@ -25,6 +25,8 @@ public:
     const std::string& getError() const { return m_strError; }
 
 private:
+    static bool hasChanged(const Chunk& chunk);
+    bool isPadded(const Chunk& chunk, std::uint64_t size) const;
     bool measureContent(const Chunk& chunk, std::uint64_t& size);
     bool measureList(const Chunk& owner, std::uint64_t& size);
     void writeChunk(const Chunk& chunk);
@@ -37,6 +39,7 @@ private:
     // In the order in which the lists are met, so that writing meets them in the same order.
     std::vector<std::uint32_t> m_vListSizes;
     std::size_t m_uiNextList = 0;
+    bool m_bPadsAll = false;
     // What the stream is still to get: it takes its time over each call, and most chunks are small.
     std::vector<char> m_vPending;
     std::ostream* m_pStream = nullptr;

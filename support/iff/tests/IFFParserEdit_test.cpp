@@ -212,6 +212,49 @@ TEST(IFFParserWrite, ChunksAreAddedBeforeBytesThatAreNoChunk) {
     EXPECT_EQ(wav::written(parser), file(fmt() + chunk("note", "ab") + wav::zeros(10)) + "TAG");
 }
 
+TEST(IFFParserWrite, MissingPaddingStaysMissingWhileNothingChanges) {
+    const std::string odd = "odd1" + u32(3) + "abc";
+    const std::string bytes =
+        file(fmt() + odd + odd + "LIST" + u32(15) + "INFO" + "ISFT" + u32(3) + "abc" + "data" + u32(5) + "abcde");
+    const IFFParser parser = wav::parse(bytes);
+    IFFParser copy = parser;
+    EXPECT_EQ(wav::written(copy), bytes);
+    IFFParser assigned;
+    assigned = parser;
+    EXPECT_EQ(wav::written(assigned), bytes);
+}
+
+// Some padding there and some missing: what was kept and what was added would be read as something else.
+TEST(IFFParserWrite, AChangeSuppliesAllMissingPadding) {
+    const std::string list = "LIST" + u32(15) + "INFO" + "ISFT" + u32(3) + "abc";
+    const std::string bytes = file(fmt() + list + "odd1" + u32(3) + "abc" + "data" + u32(5) + "abcde" + "odd2" +
+                                   u32(1) + "x" + chunk("note", "ab"));
+    const std::string start = fmt() + chunk("LIST", "INFO" + chunk("ISFT", "abc")) + chunk("odd1", "abc");
+    const std::string audio = chunk("data", "abcde");
+
+    IFFParser parser = wav::parse(bytes);
+    parser.getChunks().append(withData("cart", "xyz"));
+    EXPECT_EQ(wav::written(parser),
+              file(start + audio + chunk("odd2", "x") + chunk("note", "ab") + chunk("cart", "xyz")));
+
+    parser = wav::parse(bytes);
+    ChunkPos position;
+    ASSERT_TRUE(parser.find("note", position));
+    parser.remove(position);
+    EXPECT_EQ(wav::written(parser), file(start + audio + chunk("odd2", "x")));
+
+    parser = wav::parse(bytes);
+    ASSERT_TRUE(parser.find("ISFT", position));
+    position.getChunk()->setData("ABC", 3);
+    EXPECT_EQ(wav::written(parser), file(fmt() + chunk("LIST", "INFO" + chunk("ISFT", "ABC")) + chunk("odd1", "abc") +
+                                         audio + chunk("odd2", "x") + chunk("note", "ab")));
+
+    parser = wav::parse(bytes);
+    ASSERT_TRUE(parser.find("odd2", position));
+    *position.getChunk() = *wav::parse(file("new " + u32(1) + "y")).getChunks().begin();
+    EXPECT_EQ(wav::written(parser), file(start + audio + chunk("new ", "y") + chunk("note", "ab")));
+}
+
 TEST(IFFParserWrite, MissingPaddingIsSuppliedWhereANeighbourIsAdded) {
     const std::string odd = "data" + u32(3) + "abc";
     IFFParser parser = wav::parse(file(fmt() + odd));

@@ -4,20 +4,23 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+/// Makes a process that runs as root, if it does, one without privileges.
+inline bool dropPrivileges() {
+    constexpr uid_t nobody = 65534;
+    return ::geteuid() != 0 || (::setresgid(nobody, nobody, nobody) == 0 && ::setresuid(nobody, nobody, nobody) == 0);
+}
+
 /// Runs some work in a process without privileges, for which permissions mean something even when the tests run as
 /// root. The work tells what went wrong, or nothing; so does this.
 template <typename Work>
 std::string asUser(const Work& work) {
-    constexpr uid_t nobody = 65534;
     int ends[2] = {};
     if (::pipe(ends) != 0) {
         return "no pipe";
     }
     const pid_t child = ::fork();
     if (child == 0) {
-        const bool dropped =
-            ::geteuid() != 0 || (::setresgid(nobody, nobody, nobody) == 0 && ::setresuid(nobody, nobody, nobody) == 0);
-        const std::string result = dropped ? work() : "privileges cannot be dropped";
+        const std::string result = dropPrivileges() ? work() : "privileges cannot be dropped";
         const ssize_t written = ::write(ends[1], result.data(), result.size());
         ::_exit(written == static_cast<ssize_t>(result.size()) ? 0 : 1);
     }

@@ -18,8 +18,11 @@ namespace Zantrix {
 ///    Destruction without `commit` removes the temporary and leaves the target as it was.
 ///
 /// A link is followed: what it points to is replaced. Devices and pipes are written directly, as there is
-/// nothing to replace. So is a file in a folder that takes no temporary, if `InPlace::Allowed`; the bytes are then
-/// kept in memory until `commit`.
+/// nothing to replace.
+///
+/// A file in a folder that takes no temporary is overwritten, if `InPlace::Allowed`: the bytes are kept in memory until
+/// `commit`, which asks for all the room first and puts the old bytes back when something fails. Readers may see a part
+/// then, and a process that is killed meanwhile leaves one.
 ///
 /// Every operation returns false on failure; `getError()` then tells why, in words. After a failure only
 /// destruction makes sense.
@@ -65,6 +68,8 @@ private:
 
     bool fail(int errorNumber);
     bool append(const void* bytes, std::size_t size);
+    bool overwriteTarget();
+    void applyTime();
     bool adoptModeAndOwner();
     void discard() noexcept;
 

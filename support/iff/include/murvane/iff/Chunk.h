@@ -73,6 +73,7 @@ private:
     std::uint32_t m_uiFileOffset = 0;
     Padding m_ePadding = Padding::Present;
     char m_cPadding = 0;
+    bool m_bChanged = true;  // not as it was read
 };
 
 /// Chunks in file order. Adding, removing and finding the end take constant time; pointers and iterators to a chunk
@@ -98,8 +99,7 @@ public:
     std::size_t size() const { return m_chunks.size(); }
     bool empty() const { return m_chunks.empty(); }
 
-    /// Adds a chunk after the last one and returns it where it now is. If either of the two
-    /// lacked its padding byte, it gets one: otherwise programs would look for the next chunk one byte too late.
+    /// Adds a chunk after the last one and returns it where it now is.
     Chunk& append(Chunk chunk);
 
     /// The same for a new chunk with this content.
@@ -115,15 +115,16 @@ public:
 
 private:
     friend class ChunkReader;
+    friend class ChunkWriter;
 
     Chunk& add(ChunkId id);
-    void repairLastPadding();
 
     // A list of a hundred thousand chunks is common, and to ask for the memory of each takes longer than to read it.
     // The first block has room for one: as many lists of a single chunk are possible, too.
     std::pmr::monotonic_buffer_resource m_memory{sizeof(Chunk) + 2 * sizeof(void*)};
     std::pmr::list<Chunk> m_chunks{&m_memory};
     std::pmr::list<Chunk> m_removed{&m_memory};  // empty chunks, whose memory new ones use again
+    bool m_bChanged = true;                      // its chunks are not those that were read
     ChunkId m_type;
     SharedBytes m_tail;
 };
