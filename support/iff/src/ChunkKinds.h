@@ -11,6 +11,7 @@ inline constexpr ChunkId c_riffId("RIFF");
 inline constexpr ChunkId c_waveType("WAVE");
 inline constexpr ChunkId c_cueId("cue ");
 inline constexpr ChunkId c_cueRecordId("cuep");
+inline constexpr ChunkId c_audioId("data");
 inline constexpr ChunkId c_annotationsType("adtl");
 
 inline constexpr std::size_t c_uiHeaderSize = 8;       // identifier, size

@@ -110,8 +110,9 @@ bool ChunkReader::takeTopLevelChunk(ByteCursor& bytes, std::uint64_t& end, RawCh
     if (!takeChunk(next, chunk)) {
         return false;
     }
-    if (chunk.isCutOff() && chunk.content.getOffset() < end && end < fileEnd) {
-        // A size that even the file has no room for: here it is the RIFF chunk that is to be believed.
+    if (chunk.isCutOff() && chunk.id != c_audioId && chunk.content.getOffset() < end && end < fileEnd) {
+        // A size that even the file has no room for: here it is the RIFF chunk that is to be believed. Not so for the
+        // audio, which recorders write before they know its size, and players take to go on to the end of the file.
         next = endWithin(bytes, end, chunk);
     }
     const std::uint64_t contentEnd = chunk.getContentEnd();

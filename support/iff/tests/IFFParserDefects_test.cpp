@@ -226,23 +226,35 @@ TEST(IFFParserNormalises, ChunksAppendedWithoutPatchingTheRiffSize) {
 }
 
 TEST(IFFParserNormalises, ChunkLargerThanTheFileEndsWithTheRiffChunk) {
-    expectNormalised(fileOfSize(40, fmt() + "data" + u32(0xffffffff) + "abcd") + "TAG title", "fmt :16 data:4",
-                     "36: chunk \"data\" says 4294967295 bytes, 4 are there\n48: 9 bytes follow the RIFF chunk\n",
-                     file(fmt() + chunk("data", "abcd")) + "TAG title");
+    expectNormalised(fileOfSize(40, fmt() + "cart" + u32(0xffffffff) + "abcd") + "TAG title", "fmt :16 cart:4",
+                     "36: chunk \"cart\" says 4294967295 bytes, 4 are there\n48: 9 bytes follow the RIFF chunk\n",
+                     file(fmt() + chunk("cart", "abcd")) + "TAG title");
     // The zero after an odd end may be padding, but it is there once before and after.
-    expectNormalised(fileOfSize(39, fmt() + "data" + u32(0xffffffff) + "abc") + zeros(1) + "TAG title",
-                     "fmt :16 data:3",
-                     "36: chunk \"data\" says 4294967295 bytes, 3 are there\n"
-                     "47: the padding byte after chunk \"data\" is outside the RIFF chunk\n"
+    expectNormalised(fileOfSize(39, fmt() + "cart" + u32(0xffffffff) + "abc") + zeros(1) + "TAG title",
+                     "fmt :16 cart:3",
+                     "36: chunk \"cart\" says 4294967295 bytes, 3 are there\n"
+                     "47: the padding byte after chunk \"cart\" is outside the RIFF chunk\n"
                      "48: 9 bytes follow the RIFF chunk\n",
-                     fileOfSize(39, fmt() + "data" + u32(3) + "abc") + zeros(1) + "TAG title");
+                     fileOfSize(39, fmt() + "cart" + u32(3) + "abc") + zeros(1) + "TAG title");
     // Whole chunks after it belong to the file.
-    expectNormalised(fileOfSize(39, fmt() + "data" + u32(0xffffffff) + "abc") + zeros(1) + chunk("note", "xy"),
-                     "fmt :16 data:3 note:2",
+    expectNormalised(fileOfSize(39, fmt() + "cart" + u32(0xffffffff) + "abc") + zeros(1) + chunk("note", "xy"),
+                     "fmt :16 cart:3 note:2",
                      "4: the RIFF chunk says 39 bytes, its chunks take 40\n"
-                     "36: chunk \"data\" says 4294967295 bytes, 3 are there\n"
+                     "36: chunk \"cart\" says 4294967295 bytes, 3 are there\n"
                      "4: the RIFF chunk says 40 bytes, its chunks take 50\n",
-                     file(fmt() + chunk("data", "abc") + chunk("note", "xy")));
+                     file(fmt() + chunk("cart", "abc") + chunk("note", "xy")));
+}
+
+// As players take it: nothing that they play may be lost when such a file is edited.
+TEST(IFFParserNormalises, AudioLargerThanTheFileGoesOnToItsEnd) {
+    expectNormalised(fileOfSize(40, fmt() + "data" + u32(0xffffffff) + "abcd") + "efgh", "fmt :16 data:8",
+                     "4: the RIFF chunk says 40 bytes, its chunks take 44\n"
+                     "36: chunk \"data\" says 4294967295 bytes, 8 are there\n",
+                     file(fmt() + chunk("data", "abcdefgh")));
+    expectNormalised(fileOfSize(0, fmt() + "data" + u32(5) + "abcd"), "fmt :16 data:4",
+                     "4: the RIFF chunk says 0 bytes, 40 are there\n"
+                     "36: chunk \"data\" says 5 bytes, 4 are there\n",
+                     file(fmt() + chunk("data", "abcd")));
 }
 
 TEST(IFFParserNormalises, LabelThatReachesPastItsList) {

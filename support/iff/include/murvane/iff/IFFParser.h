@@ -36,7 +36,7 @@ public:
     ///
     /// Files with less serious defects are read, with a note in `getFindings`:
     /// - a chunk that reaches past the list around it, or past the end of the file, is cut off there (one that the
-    ///   file has no room for ends with the RIFF chunk, if bytes follow that);
+    ///   file has no room for ends with the RIFF chunk, if bytes follow that, unless it is the audio);
     /// - a missing padding byte is recognised by the chunks that follow;
     /// - a RIFF chunk that ends inside a chunk that the file has room for, or says less than 4 bytes, or is followed by
     ///   nothing but whole chunks up to the end of the file, is taken to include them;
