@@ -62,6 +62,9 @@ TEST_F(AudioFileEvaluatorFailures, ConfigureRefusesBlocksOfNoSizeOrBeyondAllMemo
         EXPECT_FALSE(evaluator.configure(std::stoull(size), &strategy, "prob", (m_folder / "out").c_str()));
         EXPECT_EQ(log.records(), LogRecords{error(std::string("Failed to used audio window size of: ") + size)});
     }
+    const LogRecorder log;
+    EXPECT_FALSE(evaluator.configure(0, &strategy, "prob", "")) << "the size is told, whatever else is wrong";
+    EXPECT_EQ(log.records(), LogRecords{error("Failed to used audio window size of: 0")});
 }
 
 TEST_F(AudioFileEvaluatorFailures, ConfigureRefusesAFolderWithoutAName) {

@@ -62,11 +62,6 @@ bool AudioFileEvaluator::configure(unsigned long long in_windowSize, LimitedObjP
         return false;
     }
     // What could fail comes before anything is kept.
-    std::string outputDir;
-    if (!OS::getCanonicalPath(in_szOutputDir, outputDir)) {
-        log(LogLevel::Error, c_szSource, __LINE__, "Invalid output directory: ", in_szOutputDir);
-        return false;
-    }
     const auto refuseSize = [&] {
         log(LogLevel::Error, c_szSource, __LINE__, "Failed to used audio window size of: ", in_windowSize);
         return false;
@@ -74,11 +69,18 @@ bool AudioFileEvaluator::configure(unsigned long long in_windowSize, LimitedObjP
     if (in_windowSize == 0) {
         return refuseSize();
     }
+    Math::DoubleVector audio;
     try {
-        m_vAudio.resize(in_windowSize);
+        audio.resize(in_windowSize);
     } catch (const std::exception&) {
         return refuseSize();
     }
+    std::string outputDir;
+    if (!OS::getCanonicalPath(in_szOutputDir, outputDir)) {
+        log(LogLevel::Error, c_szSource, __LINE__, "Invalid output directory: ", in_szOutputDir);
+        return false;
+    }
+    m_vAudio = std::move(audio);
     m_reader.setNbOfFramesToRead(in_windowSize);
     m_pStrategy = in_pStrategy;
     m_strOutputSuffix = std::string(".") + in_szOutputFileSuffix + ".wav";
