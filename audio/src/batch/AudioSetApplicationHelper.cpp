@@ -42,6 +42,7 @@ bool AudioSetApplicationHelper::processCmdlineVarsMap(const po::variables_map&) 
         m_audioSetParser.setAudioSetFilename(m_strAudioSetFilename.c_str());
         m_audioSetParser.gotoFirstAudioFile();
     }
+    // At the first file of a set of one the parser is at its end already: such a set does not count here.
     if (m_vFilesToProcess.empty() && m_audioSetParser.atEnd()) {
         logger().log(LogLevel::Error, c_szSource, __LINE__, "need at least one file to process");
         return false;

@@ -144,6 +144,7 @@ bool AudioSetParser::findAudioFile(const char* listName, const char* entry, std:
         if (dataFolder == nullptr) {
             return skip("relative");
         }
+        // Either separator is understood; this one is what records have always shown.
         if (!findRelative(std::string(dataFolder) + "\\" + entry, entry, out)) {
             return false;
         }
