@@ -7,11 +7,15 @@
 
 namespace Zantrix::IFF {
 
-Chunk::Chunk(ChunkId id) : m_id(id) {
-    if (isListId(id) || id == c_riffId || id == c_cueId) {
-        m_pList = std::make_unique<ChunkList>();
-    }
+namespace {
+
+std::unique_ptr<ChunkList> listOfKind(ChunkId id) {
+    return isListId(id) || id == c_riffId || id == c_cueId ? std::make_unique<ChunkList>() : nullptr;
 }
+
+}  // namespace
+
+Chunk::Chunk(ChunkId id) : m_id(id), m_pList(listOfKind(id)) {}
 
 Chunk::~Chunk() = default;
 Chunk::Chunk(Chunk&& other) noexcept = default;
@@ -56,7 +60,12 @@ void Chunk::setData(SharedBytes bytes) {
 
 /// Takes another identity and no content, as a new chunk.
 void Chunk::become(ChunkId id) {
-    *this = Chunk(id);
+    m_bytes = SharedBytes();
+    m_id = id;
+    m_pList = listOfKind(id);
+    m_uiFileOffset = 0;
+    m_bChanged = true;
+    repairPadding();
 }
 
 void Chunk::repairPadding() {
