@@ -89,9 +89,11 @@ Outcome runWithFault(const std::function<int()>& work, unsigned place, const Fau
         }
         user_regs_struct registers = registersOf(child);
         const bool isLast = registers.orig_rax == SYS_exit_group;
-        const bool isFaulty = call == place && !isLast;
+        const bool isReached = call == place && !isLast;
+        outcome.isReached = outcome.isReached || isReached;
+        // brk returns no error numbers, but the end of the heap: anything else is taken for one.
+        const bool isFaulty = isReached && !(fault.error && registers.orig_rax == SYS_brk);
         if (isFaulty) {
-            outcome.isReached = true;
             outcome.systemCall = std::to_string(registers.orig_rax);
             if (!fault.error) {
                 ::kill(child, SIGKILL);
