@@ -60,15 +60,18 @@ AnnotationEdit::AnnotationEdit(std::string path, const EditOptions& options, Dia
     : m_strPath(std::move(path)), m_options(options), m_diagnostics(diagnostics) {}
 
 bool AnnotationEdit::load() {
-    if (!Cli::load(m_strPath, m_options.read.lenient, m_diagnostics, m_loaded)) {
+    if (!loadAnnotated(m_strPath, m_options.read.lenient, m_diagnostics, m_loaded)) {
         return false;
     }
     if (m_loaded.stamp == FileStamp()) {
         m_diagnostics.error("is no regular file, so it cannot be edited");
         return false;
     }
-    const ChunkScan scan(m_loaded.file.getParser());
-    if (!scan.samples() || scan.fmt->m_usNbOfChannels != 1 || scan.fmt->m_uiSampleRate == 0) {
+    if (const auto defect = m_loaded.headerDefect()) {
+        m_diagnostics.error(*defect + c_szHeaderHint);  // chunks would be put in the midst of the audio
+        return false;
+    }
+    if (!ChunkScan(m_loaded.file.getParser()).canBeAnnotated()) {
         m_diagnostics.error(m_loaded.file.getError());  // what lenient reading lets pass, for looking only
         return false;
     }

@@ -18,11 +18,10 @@ constexpr std::size_t c_uiLoopSize = 24;
 }  // namespace
 
 std::optional<std::uint64_t> ChunkScan::samples() const {
-    const unsigned frame = fmt ? fmt->m_usNbOfChannels * (fmt->m_usSignBitsPerSample / 8u) : 0;
-    if (frame == 0 || datas.empty()) {
+    if (frameBytes() == 0 || datas.empty()) {
         return std::nullopt;
     }
-    return datas.front()->getSize() / frame;
+    return datas.front()->getSize() / frameBytes();
 }
 
 void ChunkScan::visit(const IFF::ChunkList& list, bool isAnnotationList) {

@@ -60,6 +60,12 @@ struct ChunkScan {
     /// The length of the audio in samples of all channels; nothing when these cannot be counted.
     std::optional<std::uint64_t> samples() const;
 
+    /// The bytes of a sample of all channels; 0 when they are not known, or not whole.
+    unsigned frameBytes() const { return fmt ? fmt->m_usNbOfChannels * (fmt->m_usSignBitsPerSample / 8u) : 0; }
+
+    /// Whether the audio is as the library annotates it.
+    bool canBeAnnotated() const { return samples() && fmt->m_usNbOfChannels == 1 && fmt->m_uiSampleRate > 0; }
+
     std::optional<IFF::WavFmtChunk> fmt;    ///< the first that is long enough
     std::vector<const IFF::Chunk*> fmts;    ///< all of them
     std::vector<const IFF::Chunk*> datas;   ///< all "data" chunks

@@ -57,8 +57,7 @@ bool FileEvaluation::checkInput(InputFile& input) {
     }
     const auto header = readWavHeader(input.path());
     if (header && header->size == WavHeader::Size::NeverSet) {
-        m_diagnostics.error("its header was never completed: it says 0 bytes of audio though " +
-                            std::to_string(header->presentBytes) + " follow");
+        m_diagnostics.error(header->describe());
         return false;
     }
     if (!input.check(m_diagnostics)) {
