@@ -2,6 +2,7 @@
 
 #include "annotations/Backup.h"
 #include "annotations/ById.h"
+#include "annotations/MutedRecords.h"
 #include "shell/Interrupt.h"
 #include "shell/Output.h"
 #include "shell/Text.h"
@@ -220,6 +221,7 @@ bool AnnotationEdit::write(std::string& backup) {
         m_diagnostics.error("interrupted");
         return false;
     }
+    const MutedRecords muted(m_diagnostics);
     if (!file.saveFile(m_strPath)) {
         m_diagnostics.error("cannot be written: " + file.getError());
         return false;

@@ -1,6 +1,7 @@
 #include "annotations/AnnotationReading.h"
 
 #include "annotations/ById.h"
+#include "annotations/MutedRecords.h"
 #include "shell/InputFile.h"
 
 #include <algorithm>
@@ -140,6 +141,7 @@ bool loadAnnotated(const std::string& path, bool lenient, Diagnostics& diagnosti
         return false;
     }
     loaded.stamp = FileStamp::of(path);
+    const MutedRecords muted(diagnostics);
     const bool isDone = loaded.file.loadFile(path);
     loaded.header = loaded.stamp == FileStamp() ? std::nullopt : headerOf(path, loaded.file.getParser());
     if (FileStamp::of(path) != loaded.stamp) {
