@@ -124,10 +124,8 @@ bool AnnotationEdit::saveCopy(const std::string& path) {
 }
 
 bool AnnotationEdit::isChanged() const {
-    const ChunkScan scan(m_loaded.file.getParser());
     const bool isOfNone = m_bClearsAll && m_recording.annotations.empty();
-    const bool hasRemains = !scan.cues.empty() || !scan.lengths.empty() || !scan.labels.empty() || !scan.notes.empty();
-    return m_recording.annotations != m_before || (isOfNone && hasRemains);
+    return m_recording.annotations != m_before || (isOfNone && ChunkScan(m_loaded.file.getParser()).hasAny());
 }
 
 std::string AnnotationEdit::whyRefused(const TimedLabel& label) const {

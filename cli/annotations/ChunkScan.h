@@ -73,6 +73,9 @@ struct ChunkScan {
     /// Whether the audio is as the library annotates it.
     bool canBeAnnotated() const { return samples() && fmt->m_usNbOfChannels == 1 && fmt->m_uiSampleRate > 0; }
 
+    /// Whether there is any chunk that belongs to annotations.
+    bool hasAny() const { return !cues.empty() || m_lengthOwner || m_labelOwner || m_noteOwner; }
+
     /// The list that the library takes out with the last annotation, as nothing else is in it; null if there is none.
     const IFF::Chunk* emptiedList() const;
 

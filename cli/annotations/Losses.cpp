@@ -31,7 +31,7 @@ void warnOfLostRemains(const ChunkScan& scan, Diagnostics& diagnostics) {
     warn(scan.notes.size(), "", "note", " (\"note\" chunks)", diagnostics);
     warn(count(scan.labels, isOrphan), "", "label", " (\"labl\" chunks) without a cue point", diagnostics);
     warn(count(scan.lengths, isOrphan), "", "length", " (\"ltxt\" chunks) without a cue point", diagnostics);
-    warn(count(scan.shorts, isShort), "", "chunk", " of annotations that are too short", diagnostics);
+    warn(count(scan.shorts, isShort), "", "chunk", " (\"ltxt\", \"labl\", \"note\") too short to be read", diagnostics);
     warn(scan.unusedCueBytes, "", "byte", " of \"cue \" chunks that belong to no cue point", diagnostics);
 }
 

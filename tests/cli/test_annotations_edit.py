@@ -270,6 +270,13 @@ class Clear(AnnotationTest):
         self.assertEqual((result.returncode, len(self.messages(result))), (0, 2))
         self.assertEqual(self.read("a.wav"), riff(audio()))
 
+    def test_a_label_that_is_too_short_goes_too(self):
+        self.write("a.wav", riff(audio(), adtl(chunk(b"labl", b"12"))))
+        self.assert_told(self.annotations("clear", "a.wav"),
+                         'a.wav: warning: 1 chunk ("ltxt", "labl", "note") too short to be read cannot be kept',
+                         output="a.wav: 0 removed, 0 added; 0 annotations\n")
+        self.assertEqual(self.read("a.wav"), riff(audio()))
+
     def test_a_list_that_cannot_be_removed_is_told_by_dry_runs_too(self):
         refusal = ('a.wav: cannot be left without annotations: the list of them is called "list" instead of "LIST", and '
                    "cannot be removed")

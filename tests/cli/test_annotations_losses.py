@@ -64,7 +64,7 @@ class Losses(AnnotationTest):
         self.assert_lost(riff(audio(), chunk(b"cue ", b"xyz")), '3 bytes of "cue " chunks that belong to no cue point')
         self.assert_lost(riff(audio(), cue(point(1, 10)), adtl(ltxt(1, 5), labl(1, b"x"), chunk(b"labl", b"12"),
                                                               ltxt(9, 5))),
-                         '1 length ("ltxt" chunks) without a cue point', "1 chunk of annotations that are too short")
+                         '1 length ("ltxt" chunks) without a cue point', '1 chunk ("ltxt", "labl", "note") too short to be read')
 
     def test_lenient_edits_tell_the_same(self):
         self.assert_lost(riff(audio(), cue(point(1, 10), point(1, 20), point(2, 30)),

@@ -10,7 +10,7 @@ import struct
 import unittest
 
 from command import tone, wav_bytes
-from evaluation import BLOCK, EvaluateTest, bytes_of, labels_of, samples_of, stored
+from evaluation import BLOCK, EvaluateTest, bytes_of, labels_of, stored
 from wav_chunks import file_chunks
 
 
