@@ -21,9 +21,8 @@ constexpr const char* c_szUsage =
 constexpr const char* c_szHelpRest =
     "There is a line for each defect, with its place in the file in bytes, or \"FILE: no defects\". The exit code is\n"
     "1 when there is any.\n\n"
-    "An audio set is a text file with the name of one file on each line, as 'murvane-audio info --help' tells; in "
-    "place\n"
-    "of a FILE, '-' takes such lines from standard input.\n";
+    "An audio set is a text file with the name of one file on each line, as 'murvane-audio info --help' tells.\n"
+    "In place of a FILE, '-' takes such lines from standard input.\n";
 
 /// Says what there is to say of one file, in lines.
 ///
