@@ -27,6 +27,14 @@ std::string describeFormat(const std::string& path) {
     return text.str();
 }
 
+// Links stay, and what they lead to: that may be a device.
+void removeFile(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(std::filesystem::symlink_status(path, ignored))) {
+        std::filesystem::remove(path, ignored);
+    }
+}
+
 }  // namespace
 
 FileEvaluation::FileEvaluation(const EvaluateOptions& options, Diagnostics& diagnostics, Progress& progress)
@@ -139,8 +147,12 @@ bool FileEvaluation::evaluate(const InputFile& input) {
     } catch (const ChannelStrategy::Interruption&) {
         return false;
     }
-    return !m_options.annotateMs || (annotated.append(longEnough(strategy.finishRuns(), rate), "") &&
-                                     annotated.saveCopy(m_options.annotatedPath(input.name())));
+    if (!m_options.annotateMs || (annotated.append(longEnough(strategy.finishRuns(), rate), "") &&
+                                  annotated.saveCopy(m_options.annotatedPath(input.name())))) {
+        return true;
+    }
+    removeFile(m_options.curvesPath(input.name()));
+    return false;
 }
 
 std::vector<TimedLabel> FileEvaluation::longEnough(const std::vector<ChannelRun>& runs, std::uint64_t rate) const {

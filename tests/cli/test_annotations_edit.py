@@ -5,10 +5,8 @@ import os
 import resource
 import signal
 import stat
-import subprocess
 import unittest
 
-from command import PROGRAM
 from wav_chunks import (AnnotationTest, adtl, annotation_chunks, audio, chunk, cue, file_chunks, labl, ltxt, note,
                         point, riff)
 
@@ -179,13 +177,7 @@ class DryRunAndBackup(AnnotationTest):
     def interfere(self, act, *options):
         """Has `act(process)` happen between reading and writing: the command is kept from warning of a long label."""
         self.write_annotated("a.wav", (23999, 5, b"x" * 200000))
-        process = subprocess.Popen([PROGRAM, "annotations", "add", "a.wav", "--label", "y", "--start", "1", "--stop", "2",
-                                    *options], cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE)
-        first = process.stderr.read(1)
-        act(process)
-        _, rest = process.communicate(timeout=60)
-        return process.returncode, (first + rest).decode().splitlines()
+        return self.run_meanwhile(act, "annotations", "add", "a.wav", "--label", "y", "--start", "1", "--stop", "2", *options)
 
     def test_what_gives_up_leaves_no_backup(self):
         changed = riff(audio(samples=5))

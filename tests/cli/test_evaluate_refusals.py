@@ -140,6 +140,15 @@ class Annotated(EvaluateTest):
         self.assert_told("annotation 1 (x) ends at 3.0005 s, beyond the end of the audio at 3 s; it is cut off there")
         self.assertEqual(annotations_of(self.read("a.annotated.wav"))[0], (23999, 1, b"x"))
 
+    def test_a_file_that_changes_meanwhile_leaves_no_output(self):
+        self.write("a.wav", annotated((23999, 5, b"x" * 200000)))
+        self.write("a.prob.wav", b"old")
+        code, lines = self.run_meanwhile(lambda _: self.write("a.wav", riff(audio())), "evaluate", "a.wav", "--channel",
+                                         "c=1", "--annotate", "0")
+        self.assertEqual((code, lines[1:]), (1, ["murvane-audio: a.wav: it changed since it was read; "
+                                                 "./a.annotated.wav is not written"]))
+        self.assertEqual(self.files(), ["a.wav"])
+
     def test_gaps_among_the_numbers_are_no_annotations_and_nothing_to_tell_of(self):
         self.write("a.wav", annotated((100, 50, b"x"), (200, 50, b"y"), first=7))
         self.assert_told()
@@ -220,7 +229,7 @@ class Outputs(EvaluateTest):
                                    "device$")
         self.assertEqual(lines[1], "murvane-audio: a.wav: cannot be evaluated")
         self.assertIn("murvane-audio: b.wav: cannot write ./b.annotated.wav: No space left on device", lines[2:])
-        self.assertEqual(self.files(), ["a.prob.wav", "a.wav", "b.annotated.wav", "b.prob.wav", "b.wav", "out"])
+        self.assertEqual(self.files(), ["a.prob.wav", "a.wav", "b.annotated.wav", "b.wav", "out"])
 
     def test_a_folder_in_the_way_is_told(self):
         os.mkdir(self.path("a.prob.wav"))
