@@ -1,6 +1,5 @@
 #include "Command.h"
 #include "annotations/Actions.h"
-#include "shell/Interrupt.h"
 #include "shell/Text.h"
 
 #include <algorithm>
@@ -72,16 +71,6 @@ int runAnnotations(const std::vector<std::string>& arguments) {
         throw UsageError("unknown action '" + first + "'; the actions are " + join(names, ", "));
     }
     return action->run({arguments.begin() + 1, arguments.end()});
-}
-
-void demandOperands(const std::vector<std::string>& operands, std::size_t count, const std::string& names) {
-    if (operands.size() != count) {
-        throw UsageError("this action takes " + names + ", " + std::to_string(operands.size()) + " names are given");
-    }
-}
-
-int exitCodeOf(bool isDone) {
-    return isDone ? AllDone : Interrupt::requested() ? Interrupted : SomeFailed;
 }
 
 }  // namespace Zantrix::Cli

@@ -2,6 +2,9 @@
 
 #include "annotations/AnnotationEdit.h"
 #include "shell/Diagnostics.h"
+#include "shell/InputNames.h"
+#include "shell/Interrupt.h"
+#include "shell/Output.h"
 
 #include <string>
 #include <vector>
@@ -42,6 +45,25 @@ int editFile(const std::string& path, const EditOptions& options, Diagnostics& d
     const bool isDone = edit.load() && change(edit) && edit.save();
     diagnostics.endInput();
     return exitCodeOf(isDone);
+}
+
+/// Does the same with the files of all inputs, one after the other, until the run is interrupted or the output fails.
+///
+/// @param process  `bool process(const std::string& file)`; false, after a report, for one that fails
+/// @return whether all were done
+template <typename Process>
+bool forEachFile(const InputNames& inputs, const Output& output, Diagnostics& diagnostics, Process process) {
+    bool isAllDone = true;
+    for (std::size_t i = 0; i < inputs.size() && !Interrupt::requested() && output.getError().empty(); ++i) {
+        diagnostics.beginInput(inputs.teller(i));
+        const auto file = inputs.find(i, diagnostics);
+        if (file) {
+            diagnostics.renameInput(*file);
+        }
+        isAllDone = file && process(*file) && isAllDone;
+        diagnostics.endInput();
+    }
+    return isAllDone && !Interrupt::requested();
 }
 
 }  // namespace Zantrix::Cli

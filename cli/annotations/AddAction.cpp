@@ -1,6 +1,5 @@
 #include "Command.h"
 #include "annotations/Actions.h"
-#include "annotations/OwnWords.h"
 #include "shell/Text.h"
 
 #include <cmath>
@@ -74,7 +73,6 @@ int runAnnotationsAdd(const std::vector<std::string>& arguments) {
         throw UsageError("the start " + shortest(start.value) + " is after the stop " + shortest(stop.value));
     }
     Diagnostics diagnostics(options.log);
-    const OwnWords ownWords(options.log);
     return editFile(files.front(), options, diagnostics, [&](AnnotationEdit& edit) {
         return edit.append({{label, start.time(edit.rate()), stop.time(edit.rate())}}, "");
     });

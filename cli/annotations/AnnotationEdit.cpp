@@ -1,7 +1,8 @@
 #include "annotations/AnnotationEdit.h"
 
 #include "annotations/Backup.h"
-#include "annotations/ById.h"
+#include "annotations/Losses.h"
+#include "annotations/MutedRecords.h"
 #include "shell/Interrupt.h"
 #include "shell/Output.h"
 #include "shell/Text.h"
@@ -60,15 +61,18 @@ AnnotationEdit::AnnotationEdit(std::string path, const EditOptions& options, Dia
     : m_strPath(std::move(path)), m_options(options), m_diagnostics(diagnostics) {}
 
 bool AnnotationEdit::load() {
-    if (!Cli::load(m_strPath, m_options.read.lenient, m_diagnostics, m_loaded)) {
+    if (!loadAnnotated(m_strPath, m_options.read.lenient, m_diagnostics, m_loaded)) {
         return false;
     }
     if (m_loaded.stamp == FileStamp()) {
         m_diagnostics.error("is no regular file, so it cannot be edited");
         return false;
     }
-    const ChunkScan scan(m_loaded.file.getParser());
-    if (!scan.samples() || scan.fmt->m_usNbOfChannels != 1 || scan.fmt->m_uiSampleRate == 0) {
+    if (const auto defect = m_loaded.headerDefect()) {
+        m_diagnostics.error(*defect + c_szHeaderHint);  // chunks would be put in the midst of the audio
+        return false;
+    }
+    if (!ChunkScan(m_loaded.file.getParser()).canBeAnnotated()) {
         m_diagnostics.error(m_loaded.file.getError());  // what lenient reading lets pass, for looking only
         return false;
     }
@@ -97,24 +101,31 @@ void AnnotationEdit::clear() {
 }
 
 bool AnnotationEdit::save() {
-    const ChunkScan scan(m_loaded.file.getParser());
-    const bool isOfNone = m_bClearsAll && m_recording.annotations.empty();
-    const bool hasRemains = !scan.cues.empty() || !scan.lengths.empty() || !scan.labels.empty() || !scan.notes.empty();
     std::string backup;
-    if (m_recording.annotations != m_before || (isOfNone && hasRemains)) {
-        if (m_recording.annotations.size() >= c_uiEndOfIdentifiers) {
-            m_diagnostics.error("would have " + std::to_string(m_recording.annotations.size()) +
-                                " annotations; less than " + std::to_string(c_uiEndOfIdentifiers) +
-                                " can be read again");
-            return false;
-        }
-        cutOffAtEnd();
-        warnOfLosses();
-        if (!write(backup)) {
-            return false;
-        }
+    if (isChanged() && !(prepare() && checkWritable() && (m_options.isDryRun || replace(backup)))) {
+        return false;
     }
     return report(backup);
+}
+
+bool AnnotationEdit::saveCopy(const std::string& path) {
+    if (!prepare()) {
+        return false;
+    }
+    if (hasChangedOnDisk()) {
+        m_diagnostics.error("it changed since it was read; " + path + " is not written");
+        return false;
+    }
+    const bool isWritten = write(path);
+    if (!isWritten) {
+        m_diagnostics.error("cannot write " + path + ": " + m_loaded.file.getError());
+    }
+    return isWritten;
+}
+
+bool AnnotationEdit::isChanged() const {
+    const bool isOfNone = m_bClearsAll && m_recording.annotations.empty();
+    return m_recording.annotations != m_before || (isOfNone && ChunkScan(m_loaded.file.getParser()).hasAny());
 }
 
 std::string AnnotationEdit::whyRefused(const TimedLabel& label) const {
@@ -161,35 +172,54 @@ void AnnotationEdit::cutOffAtEnd() {
     }
 }
 
-void AnnotationEdit::warnOfLosses() {
+bool AnnotationEdit::prepare() {
     const ChunkScan scan(m_loaded.file.getParser());
-    const ById<ScannedCue> points(scan.points);
-    const auto orphans = std::count_if(scan.labels.begin(), scan.labels.end(),
-                                       [&](const ScannedText& label) { return points.first(label.id) == nullptr; });
-    const auto repeated = std::count_if(scan.points.begin(), scan.points.end(),
-                                        [&](const ScannedCue& point) { return points.isRepeated(point); });
-    const auto warn = [&](std::size_t count, const char* what, const char* which) {
-        if (count > 0) {
-            m_diagnostics.warning(counted(count, what) + which + " cannot be kept");
-        }
-    };
-    warn(scan.notes.size(), "note", " (\"note\" chunks)");
-    warn(static_cast<std::size_t>(orphans), "label", " (\"labl\" chunks) without a cue point");
-    warn(m_options.read.lenient ? 0 : static_cast<std::size_t>(repeated), "cue point", " with the number of another");
+    const std::size_t count = m_recording.annotations.size();
+    if (count >= c_uiEndOfIdentifiers) {
+        m_diagnostics.error("would have " + std::to_string(count) + " annotations; less than " +
+                            std::to_string(c_uiEndOfIdentifiers) + " can be read again");
+        return false;
+    }
+    const IFF::Chunk* list = scan.emptiedList();
+    if (count == 0 && list != nullptr && list->getId() != IFF::ChunkId("LIST")) {
+        m_diagnostics.error("cannot be left without annotations: the list of them is called \"" +
+                            list->getId().toString() + "\" instead of \"LIST\", and cannot be removed");
+        return false;
+    }
+    cutOffAtEnd();
+    warnOfLostRemains(scan, m_diagnostics);
+    if (!m_bClearsAll) {
+        warnOfLostDetails(scan, m_options.read.lenient, m_diagnostics);
+    }
     if (!m_loaded.file.getParser().isExact()) {
         m_diagnostics.warning(
             "its chunks do not have the sizes that they say, which is corrected; 'murvane-audio annotations validate' "
             "tells more");
     }
+    return true;
 }
 
-bool AnnotationEdit::write(std::string& backup) {
-    if (::access(m_strPath.c_str(), W_OK) != 0) {
+bool AnnotationEdit::checkWritable() {
+    const bool isWritable = ::access(m_strPath.c_str(), W_OK) == 0;
+    if (!isWritable) {
         m_diagnostics.error(std::string("cannot be written: ") + std::strerror(errno));
+    }
+    return isWritable;
+}
+
+// The library looks, too, but only at files that it took as they were.
+bool AnnotationEdit::hasChangedOnDisk() const {
+    return FileStamp::of(m_strPath) != m_loaded.stamp;
+}
+
+bool AnnotationEdit::replace(std::string& backup) {
+    if (hasChangedOnDisk()) {
+        m_diagnostics.error("is left alone: it changed since it was read");
         return false;
     }
-    if (m_options.isDryRun) {
-        return true;
+    if (Interrupt::requested()) {
+        m_diagnostics.error("interrupted");
+        return false;
     }
     if (m_options.keepsBackup) {
         const std::string error = backUp(m_strPath, backup);
@@ -198,6 +228,15 @@ bool AnnotationEdit::write(std::string& backup) {
             return false;
         }
     }
+    const bool isWritten = write(m_strPath);
+    if (!isWritten) {
+        m_diagnostics.error("cannot be written: " + m_loaded.file.getError() +
+                            (backup.empty() ? "" : "; " + backup + " is a copy of it"));
+    }
+    return isWritten;
+}
+
+bool AnnotationEdit::write(const std::string& path) {
     Audio::AnnotatedFile& file = m_loaded.file;
     file.m_vAnnotations.clear();
     for (const SampledLabel& annotation : m_recording.annotations) {
@@ -208,20 +247,8 @@ bool AnnotationEdit::write(std::string& backup) {
         pAnnotation->setStopTime(times.stop);
         file.m_vAnnotations.emplace_back(pAnnotation.release());
     }
-    // The library looks, too, but only at files that it took as they were.
-    if (FileStamp::of(m_strPath) != m_loaded.stamp) {
-        m_diagnostics.error("is left alone: it changed since it was read");
-        return false;
-    }
-    if (Interrupt::requested()) {
-        m_diagnostics.error("interrupted");
-        return false;
-    }
-    if (!file.saveFile(m_strPath)) {
-        m_diagnostics.error("cannot be written: " + file.getError());
-        return false;
-    }
-    return true;
+    const MutedRecords muted(m_diagnostics);
+    return file.saveFile(path);
 }
 
 bool AnnotationEdit::report(const std::string& backup) {

@@ -22,9 +22,11 @@ void addEditOptions(boost::program_options::options_description& description, Ed
 
 /// 1. `load` takes the file's annotations.
 /// 2. `annotations`, `append` and `clear` change them in memory.
-/// 3. `save` tells what changed and, unless that is all that is wanted, writes the file.
+/// 3. `save` writes the file, unless nothing changed or it is only to be told, and tells what changed; or `saveCopy`
+///    writes another file.
 ///
-/// Failures are reported, and leave the file as it was.
+/// Failures are reported, and leave the file as it was. What cannot be kept, and what goes beyond the end of the audio
+/// and is cut off there, is warned of.
 class AnnotationEdit {
 public:
     AnnotationEdit(std::string path, const EditOptions& options, Diagnostics& diagnostics);
@@ -43,14 +45,20 @@ public:
     /// Removes all annotations and, when the file is saved, whatever is left of others.
     void clear();
 
-    /// Cuts off what goes beyond the end of the audio, with a warning.
     bool save();
 
+    /// Says nothing if all goes well.
+    bool saveCopy(const std::string& path);
+
 private:
+    bool isChanged() const;
     std::string whyRefused(const TimedLabel& label) const;
     void cutOffAtEnd();
-    void warnOfLosses();
-    bool write(std::string& backup);
+    bool prepare();
+    bool checkWritable();
+    bool hasChangedOnDisk() const;
+    bool replace(std::string& backup);
+    bool write(const std::string& path);
     bool report(const std::string& backup);
 
     const std::string m_strPath;

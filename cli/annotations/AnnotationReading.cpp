@@ -1,6 +1,7 @@
 #include "annotations/AnnotationReading.h"
 
 #include "annotations/ById.h"
+#include "annotations/MutedRecords.h"
 #include "shell/InputFile.h"
 
 #include <algorithm>
@@ -40,19 +41,28 @@ std::string describeMisfits(const ChunkScan& scan) {
     return text;
 }
 
-std::string describeRefusal(const Audio::AnnotatedFile& file) {
+std::string describeRefusal(const LoadedFile& loaded) {
+    const Audio::AnnotatedFile& file = loaded.file;
     if (!file.getParser().isValid()) {
         return file.getError();
     }
     const ChunkScan scan(file.getParser());
+    if (const auto defect = loaded.headerDefect(); defect && !scan.samples()) {
+        return *defect + c_szHeaderHint;  // what is behind such a header may not be seen as chunks at all
+    }
     // With audio that can be annotated and identifiers that can be used, it is the annotations.
-    const bool isAudioGood = scan.samples() && scan.fmt->m_usNbOfChannels == 1 && scan.fmt->m_uiSampleRate > 0;
     const bool isIdGood = std::all_of(scan.points.begin(), scan.points.end(),
                                       [](const ScannedCue& point) { return point.id < c_uiEndOfIdentifiers; });
-    const std::string misfits = isAudioGood && isIdGood ? describeMisfits(scan) : "";
+    const std::string misfits = scan.canBeAnnotated() && isIdGood ? describeMisfits(scan) : "";
     const bool hasMore = !scan.points.empty() || !scan.loops.empty();
     return (misfits.empty() ? file.getError() : "its annotations do not fit together: " + misfits) +
            (hasMore ? c_szLenientHint : "");
+}
+
+/// About the chunk of audio that the library counts the samples of, or would if it saw one.
+std::optional<WavHeader> headerOf(const std::string& path, const IFF::IFFParser& parser) {
+    const ChunkScan scan(parser);
+    return scan.datas.empty() ? readWavHeader(path) : readWavHeader(path, scan.datas.front()->getFileOffset());
 }
 
 void warnOfOrphans(const ChunkScan& scan, Diagnostics& diagnostics) {
@@ -122,18 +132,24 @@ void addReadOptions(po::options_description& description, ReadOptions& options) 
          "take annotations \"SF_MIN\" from 0 to 0 s, too, which stand for gaps among the numbers of cue points");
 }
 
-bool load(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded) {
+std::optional<std::string> LoadedFile::headerDefect() const {
+    return header && header->size != WavHeader::Size::Fits ? std::optional(header->describe()) : std::nullopt;
+}
+
+bool loadAnnotated(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded) {
     if (!checkNotEmpty(path, diagnostics)) {
         return false;
     }
     loaded.stamp = FileStamp::of(path);
+    const MutedRecords muted(diagnostics);
     const bool isDone = loaded.file.loadFile(path);
+    loaded.header = loaded.stamp == FileStamp() ? std::nullopt : headerOf(path, loaded.file.getParser());
     if (FileStamp::of(path) != loaded.stamp) {
         diagnostics.error("it changed while it was read");
         return false;
     }
     if (!isDone && !(lenient && loaded.file.getParser().isValid())) {
-        diagnostics.error(describeRefusal(loaded.file));
+        diagnostics.error(describeRefusal(loaded));
         return false;
     }
     return true;
@@ -163,10 +179,13 @@ Recording recordingOf(const Audio::AnnotatedFile& file, const ReadOptions& optio
 bool readRecording(const std::string& path, const ReadOptions& options, Diagnostics& diagnostics,
                    Recording& recording) {
     LoadedFile loaded;
-    if (!load(path, options.lenient, diagnostics, loaded)) {
+    if (!loadAnnotated(path, options.lenient, diagnostics, loaded)) {
         return false;
     }
     recording = recordingOf(loaded.file, options, Loops::Regions);
+    if (const auto defect = loaded.headerDefect()) {
+        diagnostics.warning(*defect);
+    }
     warnOfOrphans(ChunkScan(loaded.file.getParser()), diagnostics);
     return true;
 }

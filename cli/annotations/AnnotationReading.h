@@ -4,10 +4,12 @@
 #include "annotations/Recording.h"
 #include "shell/Diagnostics.h"
 #include "shell/Options.h"
+#include "shell/WavHeader.h"
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
 #include <murvane/core/FileStamp.h>
 
+#include <optional>
 #include <string>
 
 namespace Zantrix::Cli {
@@ -30,18 +32,26 @@ enum class Loops { Regions, OnlyOfCues };
 struct LoadedFile {
     Audio::AnnotatedFile file;
     FileStamp stamp;
+    std::optional<WavHeader> header;  ///< nothing of what has no audio, or is no regular file
+
+    /// Why the header does not tell where the audio ends.
+    std::optional<std::string> headerDefect() const;
 };
+
+/// What to do about such a header, to go behind the defect in an error.
+inline constexpr const char* c_szHeaderHint = "; use a copy made by an audio tool that does not trust this length";
 
 /// Loads a file. Whatever stands in the way is reported.
 ///
 /// @param loaded  holds the file's chunks afterwards and, unless `lenient` let a file pass that does not fit together,
 ///                its annotations
-bool load(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded);
+bool loadAnnotated(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded);
 
 /// The annotations of a file that was loaded, as `options` ask for them.
 Recording recordingOf(const Audio::AnnotatedFile& file, const ReadOptions& options, Loops loops);
 
-/// Both at once, for looking only: tells also what of the file's labels is not among its annotations.
+/// Both at once, for looking only: tells also what of the file's labels is not among its annotations, and whether its
+/// header is right about its length.
 bool readRecording(const std::string& path, const ReadOptions& options, Diagnostics& diagnostics, Recording& recording);
 
 /// Whether an annotation is what the library reads where there is none: "SF_MIN", from 0 s to 0 s.

@@ -2,6 +2,9 @@
 
 #include <murvane/iff/ByteCursor.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace Zantrix::Cli {
 
 namespace {
@@ -10,35 +13,56 @@ constexpr std::size_t c_uiFmtSize = 16;
 constexpr std::size_t c_uiLabelHeader = 4;
 constexpr std::size_t c_uiLengthSize = 20;
 
+// What programs write for an interval that is nothing but an interval.
+constexpr IFF::ChunkId c_usualPurposes[] = {IFF::ChunkId("rgn "), IFF::ChunkId("    "), IFF::ChunkId()};
+
 // The "smpl" chunk: where it counts its loops, how much precedes them, and the size of one.
 constexpr std::size_t c_uiLoopCountAt = 28;
 constexpr std::size_t c_uiLoopsHeader = 36;
 constexpr std::size_t c_uiLoopSize = 24;
 
-}  // namespace
-
-std::optional<std::uint64_t> ChunkScan::samples() const {
-    const unsigned frame = fmt ? fmt->m_usNbOfChannels * (fmt->m_usSignBitsPerSample / 8u) : 0;
-    if (frame == 0 || datas.empty()) {
-        return std::nullopt;
-    }
-    return datas.front()->getSize() / frame;
+bool isAnnotationList(const IFF::Chunk& chunk) {
+    return chunk.getList() != nullptr && chunk.getList()->getType() == IFF::ChunkId("adtl");
 }
 
-void ChunkScan::visit(const IFF::ChunkList& list, bool isAnnotationList) {
+}  // namespace
+
+bool isText(IFF::ChunkId id) {
+    return id == IFF::ChunkId("ltxt") || id == IFF::ChunkId("labl") || id == IFF::ChunkId("note");
+}
+
+std::optional<std::uint64_t> ChunkScan::samples() const {
+    if (frameBytes() == 0 || datas.empty()) {
+        return std::nullopt;
+    }
+    return datas.front()->getSize() / frameBytes();
+}
+
+const IFF::Chunk* ChunkScan::emptiedList() const {
+    const auto owner = m_noteOwner ? m_noteOwner : m_labelOwner ? m_labelOwner : m_lengthOwner;
+    if (!owner || *owner == nullptr) {
+        return nullptr;
+    }
+    const IFF::ChunkList& list = *(*owner)->getList();
+    const bool isEmptied = std::all_of(list.begin(), list.end(), [](const IFF::Chunk& chunk) {
+        return chunk.getId() == IFF::ChunkId("cue ") || isText(chunk.getId());
+    });
+    return isEmptied && list.getTail().empty() ? *owner : nullptr;
+}
+
+void ChunkScan::visit(const IFF::ChunkList& list, const IFF::Chunk* owner) {
     for (const IFF::Chunk& chunk : list) {
-        take(chunk, isAnnotationList);
+        take(chunk, owner);
         if (chunk.getList() != nullptr && chunk.getId() != IFF::ChunkId("cue ")) {
-            const bool isOne = chunk.getList()->getType() == IFF::ChunkId("adtl");
-            if (isOne) {
+            if (isAnnotationList(chunk)) {
                 lists.push_back(&chunk);
             }
-            visit(*chunk.getList(), isOne);
+            visit(*chunk.getList(), &chunk);
         }
     }
 }
 
-void ChunkScan::take(const IFF::Chunk& chunk, bool isInAnnotationList) {
+void ChunkScan::take(const IFF::Chunk& chunk, const IFF::Chunk* owner) {
     const IFF::ChunkId id = chunk.getId();
     const std::uint64_t offset = chunk.getFileOffset();
     if (id == IFF::ChunkId("fmt ")) {
@@ -57,29 +81,40 @@ void ChunkScan::take(const IFF::Chunk& chunk, bool isInAnnotationList) {
     } else if (id == IFF::ChunkId("ltxt")) {
         IFF::WavLabeledTextChunk content;
         if (decode(chunk, c_uiLengthSize, content)) {
-            lengths.push_back({offset, content.m_uiIdentifier, content.m_uiSampleLength});
+            ScannedLength length{offset, content.m_uiIdentifier, content.m_uiSampleLength};
+            length.hasPurpose = std::find(std::begin(c_usualPurposes), std::end(c_usualPurposes), content.m_purpose) ==
+                                std::end(c_usualPurposes);
+            length.hasLanguage =
+                (content.m_usCountry | content.m_usLanguage | content.m_usDialect | content.m_usCodePage) != 0;
+            length.hasText = std::any_of(content.m_vText.begin(), content.m_vText.end(), [](char c) { return c != 0; });
+            lengths.push_back(length);
         }
     } else if (id == IFF::ChunkId("labl") || id == IFF::ChunkId("note")) {
         IFF::WavLabelChunk content;
         if (decode(chunk, c_uiLabelHeader, content)) {
             const std::string_view bytes(chunk.getData() + c_uiLabelHeader, chunk.getSize() - c_uiLabelHeader);
-            const bool isTerminated = content.m_strText.size() < bytes.size();
+            const std::size_t length = content.m_strText.size();
+            const bool hasRest = bytes.find_first_not_of('\0', length) != std::string_view::npos;
             (id == IFF::ChunkId("labl") ? labels : notes)
-                .push_back({offset, content.m_uiIdentifier, bytes.substr(0, content.m_strText.size()), isTerminated});
+                .push_back({offset, content.m_uiIdentifier, bytes.substr(0, length), length < bytes.size(), hasRest});
         }
     } else {
         return;
     }
-    const bool belongsIntoList = id == IFF::ChunkId("ltxt") || id == IFF::ChunkId("labl") || id == IFF::ChunkId("note");
-    if (belongsIntoList && !isInAnnotationList) {
-        strays.push_back(&chunk);
+    if (isText(id)) {
+        (id == IFF::ChunkId("ltxt") ? m_lengthOwner : id == IFF::ChunkId("labl") ? m_labelOwner : m_noteOwner) = owner;
+        if (owner == nullptr || !isAnnotationList(*owner)) {
+            strays.push_back(&chunk);
+        }
     }
 }
 
 void ChunkScan::takePoints(const IFF::Chunk& cue) {
     if (cue.getList() == nullptr) {
+        unusedCueBytes += cue.getSize();
         return;  // without even a count; the parser has noted that
     }
+    unusedCueBytes += cue.getList()->getTail().size();
     for (const IFF::Chunk& record : *cue.getList()) {
         IFF::WavCuePointChunk content;
         if (content.decode(record.getData(), record.getSize())) {

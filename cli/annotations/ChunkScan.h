@@ -27,6 +27,9 @@ struct ScannedLength {
     std::uint64_t offset = 0;  ///< of the "ltxt" chunk
     std::uint32_t id = 0;
     std::uint32_t samples = 0;
+    bool hasPurpose = false;   ///< another one than a region, or none
+    bool hasLanguage = false;  ///< or country, dialect, code page
+    bool hasText = false;      ///< besides its label
 };
 
 /// A "labl" or a "note".
@@ -35,6 +38,7 @@ struct ScannedText {
     std::uint32_t id = 0;
     std::string_view text;  ///< up to its terminator
     bool isTerminated = false;
+    bool hasRest = false;  ///< something but zero bytes behind the terminator
 };
 
 /// A loop of the "smpl" chunk; both samples belong to it.
@@ -53,12 +57,27 @@ struct ShortChunk {
     std::uint64_t needed = 0;
 };
 
+/// Whether chunks of this kind belong into a list of annotations.
+bool isText(IFF::ChunkId id);
+
 /// Views go into the parser's chunks: it must outlive the scan, unchanged.
 struct ChunkScan {
-    explicit ChunkScan(const IFF::IFFParser& parser) { visit(parser.getChunks(), false); }
+    explicit ChunkScan(const IFF::IFFParser& parser) { visit(parser.getChunks(), nullptr); }
 
     /// The length of the audio in samples of all channels; nothing when these cannot be counted.
     std::optional<std::uint64_t> samples() const;
+
+    /// The bytes of a sample of all channels; 0 when they are not known, or not whole.
+    unsigned frameBytes() const { return fmt ? fmt->m_usNbOfChannels * (fmt->m_usSignBitsPerSample / 8u) : 0; }
+
+    /// Whether the audio is as the library annotates it.
+    bool canBeAnnotated() const { return samples() && fmt->m_usNbOfChannels == 1 && fmt->m_uiSampleRate > 0; }
+
+    /// Whether there is any chunk that belongs to annotations.
+    bool hasAny() const { return !cues.empty() || m_lengthOwner || m_labelOwner || m_noteOwner; }
+
+    /// The list that the library takes out with the last annotation, as nothing else is in it; null if there is none.
+    const IFF::Chunk* emptiedList() const;
 
     std::optional<IFF::WavFmtChunk> fmt;    ///< the first that is long enough
     std::vector<const IFF::Chunk*> fmts;    ///< all of them
@@ -72,14 +91,20 @@ struct ChunkScan {
     std::vector<ScannedText> notes;
     std::vector<ScannedLoop> loops;
     std::vector<ShortChunk> shorts;
+    std::uint64_t unusedCueBytes = 0;  ///< in "cue " chunks, of no record
 
 private:
-    void visit(const IFF::ChunkList& list, bool isAnnotationList);
-    void take(const IFF::Chunk& chunk, bool isInAnnotationList);
+    void visit(const IFF::ChunkList& list, const IFF::Chunk* owner);
+    void take(const IFF::Chunk& chunk, const IFF::Chunk* owner);
     void takePoints(const IFF::Chunk& cue);
     void takeLoops(const IFF::Chunk& chunk);
     template <typename Content>
     bool decode(const IFF::Chunk& chunk, std::size_t needed, Content& content);
+
+    // What the last chunk of each kind is in: null for the file itself, nothing without such a chunk.
+    std::optional<const IFF::Chunk*> m_lengthOwner;
+    std::optional<const IFF::Chunk*> m_labelOwner;
+    std::optional<const IFF::Chunk*> m_noteOwner;
 };
 
 }  // namespace Zantrix::Cli

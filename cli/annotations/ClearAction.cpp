@@ -1,6 +1,5 @@
 #include "Command.h"
 #include "annotations/Actions.h"
-#include "annotations/OwnWords.h"
 
 #include <murvane/core/BoostRegex.h>
 
@@ -54,7 +53,6 @@ int runAnnotationsClear(const std::vector<std::string>& arguments) {
         expression = compile(label);
     }
     Diagnostics diagnostics(options.log);
-    const OwnWords ownWords(options.log);
     return editFile(files.front(), options, diagnostics, [&](AnnotationEdit& edit) {
         if (!expression) {
             edit.clear();

@@ -108,7 +108,7 @@ private:
         if (!m_scan.fmts.empty() && m_scan.fmts.front()->getFileOffset() > offset) {
             note(m_scan.fmts.front()->getFileOffset(), "the \"fmt \" chunk stands behind the \"data\" chunk");
         }
-        const unsigned frame = m_scan.fmt ? m_scan.fmt->m_usNbOfChannels * (m_scan.fmt->m_usSignBitsPerSample / 8) : 0;
+        const unsigned frame = m_scan.frameBytes();
         if (frame != 0 && data.getSize() % frame != 0) {
             note(offset, "the last ", data.getSize() % frame, " bytes of the audio are no whole sample");
         }

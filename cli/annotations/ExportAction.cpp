@@ -1,7 +1,6 @@
 #include "Command.h"
 #include "annotations/Actions.h"
 #include "annotations/LabelFormat.h"
-#include "annotations/OwnWords.h"
 #include "shell/InputFile.h"
 #include "shell/Output.h"
 
@@ -12,15 +11,16 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr const char* c_szUsage =
-    "Usage: murvane-audio annotations export FILE --format FORMAT [--output LABELS] [OPTION]...\n"
+    "Usage: murvane-audio annotations export FILE [--format FORMAT] [--output LABELS] [OPTION]...\n"
     "Writes the annotations of FILE as a label file.\n";
 
 constexpr const char* c_szHelpRest =
-    "The formats are audacity (.txt), csv (.csv), json (.json) and textgrid (.TextGrid); the extension of LABELS "
+    "The formats are audacity (.txt), csv (.csv), json (.json) and textgrid (.TextGrid). The extension of LABELS "
     "tells\n"
-    "which, unless --format does. Times have as many decimals as tell each sample from the next, so importing gives "
-    "the\n"
-    "same samples again. A label that the format cannot hold is an error that names the annotation.\n\n"
+    "which, unless --format does; without --output, --format is needed. Times have as many decimals as tell each "
+    "sample\n"
+    "from the next, so importing gives the same samples again. A label that the format cannot hold is an error that\n"
+    "names the annotation.\n\n"
     "Examples:\n"
     "  murvane-audio annotations export call.wav --output call.txt\n"
     "  murvane-audio annotations export call.wav --format json\n";
@@ -74,7 +74,6 @@ int runAnnotationsExport(const std::vector<std::string>& arguments) {
     const LabelFormat& format = chooseLabelFormat(formatName, path);
     refuseToOverwrite(files, path);
     Diagnostics diagnostics(log);
-    const OwnWords ownWords(log);
     diagnostics.beginInput(files.front());
     const bool isDone = writeLabels(files.front(), format, options, path, diagnostics);
     diagnostics.endInput();

@@ -1,7 +1,6 @@
 #include "Command.h"
 #include "annotations/Actions.h"
 #include "annotations/LabelFormat.h"
-#include "annotations/OwnWords.h"
 #include "shell/InputFile.h"
 
 #include <fstream>
@@ -94,7 +93,6 @@ int runAnnotationsImport(const std::vector<std::string>& arguments) {
         throw UsageError(std::string("--tier goes with textgrid only; the format is ") + format.name);
     }
     Diagnostics diagnostics(options.log);
-    const OwnWords ownWords(options.log);
     const auto labels = readLabels(files[1], format, tiers, diagnostics);
     if (!labels) {
         return SomeFailed;

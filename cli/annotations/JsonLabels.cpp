@@ -59,7 +59,7 @@ TimedLabel readAnnotation(JsonCursor& cursor) {
     return label;
 }
 
-std::vector<TimedLabel> readRecording(JsonCursor& cursor) {
+std::vector<TimedLabel> readLabelList(JsonCursor& cursor) {
     std::vector<TimedLabel> labels;
     bool hasAnnotations = false;
     cursor.beginObject();
@@ -112,10 +112,10 @@ std::vector<TimedLabel> readJsonLabels(std::string_view bytes, const std::vector
                     cursor.peek();
                     cursor.fail("annotations of a second file");
                 }
-                labels = readRecording(cursor);
+                labels = readLabelList(cursor);
             }
         } else {
-            labels = readRecording(cursor);
+            labels = readLabelList(cursor);
         }
         cursor.expectEnd();
         return labels;

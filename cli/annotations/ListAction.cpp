@@ -1,9 +1,7 @@
 #include "Command.h"
 #include "annotations/Actions.h"
 #include "annotations/AnnotationTable.h"
-#include "annotations/OwnWords.h"
-#include "shell/AudioSet.h"
-#include "shell/InputFile.h"
+#include "shell/InputNames.h"
 #include "shell/Interrupt.h"
 #include "shell/Output.h"
 
@@ -22,6 +20,8 @@ constexpr const char* c_szHelpRest =
     "lead back to the same samples, and the samples: stop_sample is the first behind the annotation. A file that "
     "fails\n"
     "is told of, and the others are still listed.\n\n"
+    "An audio set is a text file with the name of one file on each line, as 'murvane-audio info --help' tells.\n"
+    "In place of a FILE, '-' takes such lines from standard input.\n\n"
     "Examples:\n"
     "  murvane-audio annotations list calls/*.wav\n"
     "  murvane-audio annotations list --format json call.wav\n"
@@ -30,42 +30,41 @@ constexpr const char* c_szHelpRest =
 struct ListOptions {
     ReadOptions read;
     LogOptions log;
-    std::string audioSet;
+    InputArguments inputs;
     std::string format = "text";
     std::string path;
-    std::vector<std::string> files;
 };
 
-int list(const ListOptions& options, const ListFormat& format, bool isSetWhole, Diagnostics& diagnostics) {
+int list(const ListOptions& options, const ListFormat& format, const InputNames& inputs, Diagnostics& diagnostics) {
+    if (inputs.isEmpty() && !Interrupt::requested()) {
+        diagnostics.error("no file to process");
+        return SomeFailed;
+    }
     Output output;
     ToneKinds kinds;
-    std::size_t told = 0;
-    bool isOpen = output.open(options.path);
-    for (const std::string& file : options.files) {
-        if (Interrupt::requested() || !isOpen) {
-            break;
-        }
+    bool isToldAny = false;
+    output.open(options.path);
+    const bool isAllDone = forEachFile(inputs, output, diagnostics, [&](const std::string& file) {
         Recording recording;
-        diagnostics.beginInput(file);
-        if (readRecording(file, options.read, diagnostics, recording)) {
-            const std::string text = format.write(file, recording, kinds, told == 0);
-            isOpen = output.write(text.data(), text.size());
-            ++told;
+        if (!readRecording(file, options.read, diagnostics, recording)) {
+            return false;
         }
-        diagnostics.endInput();
-    }
+        const std::string text = format.write(file, recording, kinds, !isToldAny);
+        isToldAny = true;
+        return output.write(text.data(), text.size());
+    });
     if (Interrupt::requested()) {
         output.abandon();
         diagnostics.error("interrupted");
         return Interrupted;
     }
-    const std::string end = told == 0 ? format.endOfNone : format.end;
-    const bool isWanted = told > 0 || options.path.empty();
-    if (!isOpen || (isWanted && !(output.write(end.data(), end.size()) && output.commit()))) {
+    const std::string end = isToldAny ? format.end : format.endOfNone;
+    const bool isWanted = isToldAny || options.path.empty();
+    if (!output.getError().empty() || (isWanted && !(output.write(end.data(), end.size()) && output.commit()))) {
         diagnostics.error(output.describeError());
         return SomeFailed;
     }
-    return isSetWhole && told == options.files.size() ? AllDone : SomeFailed;
+    return isAllDone ? AllDone : SomeFailed;
 }
 
 }  // namespace
@@ -73,28 +72,29 @@ int list(const ListOptions& options, const ListFormat& format, bool isSetWhole, 
 int runAnnotationsList(const std::vector<std::string>& arguments) {
     ListOptions options;
     po::options_description description("Options");
-    description.add_options()  //
-        ("audioset", po::value(&options.audioSet)->value_name("LIST"),
-         "list the files that this list names, too, behind the others")                                  //
+    description.add_options()                                                                            //
         ("format", po::value(&options.format)->value_name("FORMAT"), "text (the default), csv or json")  //
         ("output,o", po::value(&options.path)->value_name("PATH"),
          "write to this file, which appears only when it is complete, instead of standard output");
     addReadOptions(description, options.read);
     addCommonOptions(description, options.log);
-    const po::variables_map values = parseArguments(arguments, description, options.files);
+    addInputOptions(description, options.inputs);
+    const po::variables_map values = parseArguments(arguments, description, options.inputs.files);
+    options.inputs.behindDashes = countBehindDashes(arguments);
     if (values.count("help") != 0) {
         printHelp(c_szUsage, description, c_szHelpRest);
         return AllDone;
     }
     const ListFormat& format = chooseListFormat(options.format);
-    if (options.files.empty() && options.audioSet.empty()) {
+    if (options.inputs.isEmpty()) {
         throw UsageError("no file given");
     }
     Diagnostics diagnostics(options.log);
-    const OwnWords ownWords(options.log);
-    const bool isSetWhole = options.audioSet.empty() || appendAudioSet(options.audioSet, options.files, diagnostics);
-    refuseToOverwrite(options.files, options.path);
-    return list(options, format, isSetWhole, diagnostics);
+    InputNames inputs;
+    const bool areListsRead = inputs.gather(options.inputs, diagnostics);
+    inputs.refuseToOverwrite({options.path});
+    const int exitCode = list(options, format, inputs, diagnostics);
+    return exitCode == AllDone && !areListsRead ? SomeFailed : exitCode;
 }
 
 }  // namespace Zantrix::Cli

@@ -1,6 +1,5 @@
 #include "Command.h"
 #include "annotations/Actions.h"
-#include "annotations/OwnWords.h"
 
 namespace po = boost::program_options;
 
@@ -32,7 +31,6 @@ int transfer(const std::vector<std::string>& arguments, const char* usage, bool 
     }
     demandOperands(files, 2, "FROM and TO");
     Diagnostics diagnostics(options.log);
-    const OwnWords ownWords(options.log);
     Recording from;
     diagnostics.beginInput(files[0]);
     const bool isRead = readRecording(files[0], options.read, diagnostics, from);

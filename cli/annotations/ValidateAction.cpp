@@ -1,8 +1,8 @@
 #include "Command.h"
 #include "annotations/Actions.h"
 #include "annotations/Defects.h"
-#include "shell/AudioSet.h"
 #include "shell/InputFile.h"
+#include "shell/InputNames.h"
 #include "shell/Interrupt.h"
 #include "shell/Output.h"
 
@@ -19,9 +19,10 @@ constexpr const char* c_szUsage =
     "Tells what is wrong with the chunks of WAV files. Nothing is repaired.\n";
 
 constexpr const char* c_szHelpRest =
-    "There is a line for each defect, with its place in the file in bytes, or \"FILE: no defects\". The exit code is "
-    "1\n"
-    "when there is any.\n";
+    "There is a line for each defect, with its place in the file in bytes, or \"FILE: no defects\". The exit code is\n"
+    "1 when there is any.\n\n"
+    "An audio set is a text file with the name of one file on each line, as 'murvane-audio info --help' tells.\n"
+    "In place of a FILE, '-' takes such lines from standard input.\n";
 
 /// Says what there is to say of one file, in lines.
 ///
@@ -60,37 +61,35 @@ bool validate(const std::string& file, Diagnostics& diagnostics, Output& output)
 
 int runAnnotationsValidate(const std::vector<std::string>& arguments) {
     LogOptions log;
-    std::string audioSet;
+    InputArguments inputArguments;
     po::options_description description("Options");
-    description.add_options()("audioset", po::value(&audioSet)->value_name("LIST"),
-                              "look at the files that this list names, too, behind the others");
     addCommonOptions(description, log);
-    std::vector<std::string> files;
-    const po::variables_map values = parseArguments(arguments, description, files);
+    addInputOptions(description, inputArguments);
+    const po::variables_map values = parseArguments(arguments, description, inputArguments.files);
+    inputArguments.behindDashes = countBehindDashes(arguments);
     if (values.count("help") != 0) {
         printHelp(c_szUsage, description, c_szHelpRest);
         return AllDone;
     }
-    if (files.empty() && audioSet.empty()) {
+    if (inputArguments.isEmpty()) {
         throw UsageError("no file given");
     }
     Diagnostics diagnostics(log);
-    bool isAllGood = audioSet.empty() || appendAudioSet(audioSet, files, diagnostics);
+    InputNames inputs;
+    const bool areListsRead = inputs.gather(inputArguments, diagnostics);
+    if (inputs.isEmpty() && !Interrupt::requested()) {
+        diagnostics.error("no file to process");
+        return SomeFailed;
+    }
     Output output;
     output.open("");
-    for (const std::string& file : files) {
-        if (Interrupt::requested() || !output.getError().empty()) {
-            break;
-        }
-        diagnostics.beginInput(file);
-        isAllGood = validate(file, diagnostics, output) && isAllGood;
-        diagnostics.endInput();
-    }
+    const bool isAllGood = forEachFile(inputs, output, diagnostics,
+                                       [&](const std::string& file) { return validate(file, diagnostics, output); });
     if (!output.commit()) {
         diagnostics.error(output.describeError());
         return SomeFailed;
     }
-    return exitCodeOf(isAllGood && !Interrupt::requested());
+    return exitCodeOf(isAllGood && areListsRead);
 }
 
 }  // namespace Zantrix::Cli

@@ -1,11 +1,10 @@
 #include "evaluate/FileEvaluation.h"
 
+#include "annotations/AnnotationEdit.h"
 #include "evaluate/ChannelStrategy.h"
 #include "features/FeatureColumns.h"
 #include "shell/SamplingRate.h"
 #include "shell/WavHeader.h"
-
-#include <murvane/audio/annotations/AudioAnnotatedFile.h>
 
 #include <sndfile.h>
 
@@ -28,9 +27,12 @@ std::string describeFormat(const std::string& path) {
     return text.str();
 }
 
-// What reading makes of gaps among the numbers of annotations.
-bool isFiller(const Audio::Annotation& annotation) {
-    return annotation.getStartTime() == 0.0 && annotation.getStopTime() == 0.0 && annotation.getLabel() == "SF_MIN";
+// Links stay, and what they lead to: that may be a device.
+void removeFile(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(std::filesystem::symlink_status(path, ignored))) {
+        std::filesystem::remove(path, ignored);
+    }
 }
 
 }  // namespace
@@ -57,8 +59,7 @@ bool FileEvaluation::checkInput(InputFile& input) {
     }
     const auto header = readWavHeader(input.path());
     if (header && header->size == WavHeader::Size::NeverSet) {
-        m_diagnostics.error("its header was never completed: it says 0 bytes of audio though " +
-                            std::to_string(header->presentBytes) + " follow");
+        m_diagnostics.error(header->describe());
         return false;
     }
     if (!input.check(m_diagnostics)) {
@@ -127,6 +128,10 @@ bool FileEvaluation::isUpToDate(const InputFile& input) const {
 
 bool FileEvaluation::evaluate(const InputFile& input) {
     const std::uint64_t rate = input.rate();
+    AnnotationEdit annotated(input.path(), {}, m_diagnostics);
+    if (m_options.annotateMs && !annotated.load()) {
+        return false;
+    }
     const auto onBlock = [&](double seconds) { m_progress.advance(seconds); };
     ChannelStrategy strategy(m_options.channels,
                              static_cast<std::size_t>(samplesOf(rate, m_options.contextMsInForce())), rate, onBlock);
@@ -142,34 +147,26 @@ bool FileEvaluation::evaluate(const InputFile& input) {
     } catch (const ChannelStrategy::Interruption&) {
         return false;
     }
-    return !m_options.annotateMs || annotate(input, strategy.finishRuns());
+    if (!m_options.annotateMs || (annotated.append(longEnough(strategy.finishRuns(), rate), "") &&
+                                  annotated.saveCopy(m_options.annotatedPath(input.name())))) {
+        return true;
+    }
+    removeFile(m_options.curvesPath(input.name()));
+    return false;
 }
 
-bool FileEvaluation::annotate(const InputFile& input, const std::vector<ChannelRun>& runs) {
-    Audio::AnnotatedFile file;
-    if (!file.loadFile(input.path())) {
-        m_diagnostics.error("cannot be annotated: " + file.getError());
-        return false;
-    }
-    std::erase_if(file.m_vAnnotations, [](const auto& pAnnotation) { return isFiller(*pAnnotation); });
-    const double rate = static_cast<double>(input.rate());
-    const auto shortest = static_cast<double>(*m_options.annotateMs) * rate / 1000.0;
+std::vector<TimedLabel> FileEvaluation::longEnough(const std::vector<ChannelRun>& runs, std::uint64_t rate) const {
+    const auto shortest = static_cast<double>(*m_options.annotateMs) * static_cast<double>(rate) / 1000.0;
+    std::vector<TimedLabel> labels;
     for (const ChannelRun& run : runs) {
-        if (static_cast<double>(run.length()) < shortest) {
-            continue;
+        if (static_cast<double>(run.length()) >= shortest) {
+            const auto time = [&](std::uint64_t sample) {
+                return static_cast<double>(sample) / static_cast<double>(rate);
+            };
+            labels.push_back({m_options.channels[run.channel].formula.name, time(run.start), time(run.stop)});
         }
-        auto* pAnnotation = new Audio::AnnotationImpl;
-        file.m_vAnnotations.emplace_back(pAnnotation);
-        pAnnotation->setLabel(m_options.channels[run.channel].formula.name.c_str());
-        pAnnotation->setStartTime(static_cast<double>(run.start) / rate);
-        pAnnotation->setStopTime(static_cast<double>(run.stop) / rate);
     }
-    const std::string output = m_options.annotatedPath(input.name());
-    if (!file.saveFile(output)) {
-        m_diagnostics.error("cannot write " + output + ": " + file.getError());
-        return false;
-    }
-    return true;
+    return labels;
 }
 
 bool FileEvaluation::fail(const std::string& message) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "annotations/Recording.h"
 #include "evaluate/ChannelRuns.h"
 #include "evaluate/EvaluateOptions.h"
 #include "shell/InputFile.h"
@@ -29,7 +30,7 @@ private:
     bool checkFormulas(std::uint64_t rate);
     bool isUpToDate(const InputFile& input) const;
     bool evaluate(const InputFile& input);
-    bool annotate(const InputFile& input, const std::vector<ChannelRun>& runs);
+    std::vector<TimedLabel> longEnough(const std::vector<ChannelRun>& runs, std::uint64_t rate) const;
     bool fail(const std::string& message);
 
     const EvaluateOptions& m_options;

@@ -91,7 +91,8 @@ private:
     Diagnostics& m_diagnostics;
 };
 
-Diagnostics::Diagnostics(const LogOptions& options) {
+Diagnostics::Diagnostics(const LogOptions& options)
+    : m_bLogAskedFor(!options.level.empty() || !options.config.empty()) {
     const log4cplus::LogLevel level = parseLevel(options.level);
     m_bWarnings = level <= log4cplus::WARN_LOG_LEVEL;
     log4cplus::Logger root = log4cplus::Logger::getRoot();

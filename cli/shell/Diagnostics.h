@@ -75,6 +75,9 @@ public:
     /// Makes this thread the one that the messages about an input come from.
     void takeOver(InputMessages messages);
 
+    /// Whether the options name a level or a configuration.
+    bool isLogAskedFor() const { return m_bLogAskedFor; }
+
     /// Shows a line that the next message, or the next status, replaces; "" removes it. For terminals only.
     void status(const std::string& line);
 
@@ -86,6 +89,7 @@ private:
     void print(const std::string& lines);
     void showStatus(const std::string& line);
 
+    const bool m_bLogAskedFor;
     bool m_bWarnings = true;
     std::mutex m_mutex;  // guards what follows, and that lines do not mix
     bool m_bStatusShown = false;

@@ -63,8 +63,7 @@ bool InputFile::checkHeader(Diagnostics& diagnostics) {
         case WavHeader::Size::Fits:
             return true;
         case WavHeader::Size::Cut:
-            diagnostics.error("is cut short: its header promises " + std::to_string(header->claimedBytes) +
-                              " bytes of audio, the file holds " + present);
+            diagnostics.error(header->describe());
             return false;
         case WavHeader::Size::Streamed:
             diagnostics.warning("its header gives no true length; taking all " + present + " bytes to the end");

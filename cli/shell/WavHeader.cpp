@@ -86,6 +86,22 @@ WavHeader judge(ChunkWalker& walker, std::uint64_t dataOffset, std::uint64_t cla
 
 }  // namespace
 
+std::string WavHeader::describe() const {
+    const std::string claimed = std::to_string(claimedBytes) + " bytes of audio";
+    const std::string present = std::to_string(presentBytes);
+    switch (size) {
+        case Size::Fits:
+            break;
+        case Size::Cut:
+            return "is cut short: its header promises " + claimed + ", the file holds " + present;
+        case Size::Streamed:
+            return "its header gives no true length: it says " + claimed + ", the file holds " + present;
+        case Size::NeverSet:
+            return "its header was never completed: it says " + claimed + " though " + present + " follow";
+    }
+    return {};
+}
+
 std::optional<WavHeader> readWavHeader(const std::string& path) {
     ChunkWalker walker(path);
     std::array<char, 12> start{};
@@ -103,6 +119,12 @@ std::optional<WavHeader> readWavHeader(const std::string& path) {
         offset += chunk.size + chunk.size % 2;  // sums of 32-bit sizes: far from wrapping
     }
     return std::nullopt;
+}
+
+std::optional<WavHeader> readWavHeader(const std::string& path, std::uint64_t dataChunk) {
+    ChunkWalker walker(path);
+    ChunkHeader chunk;
+    return walker.readHeader(dataChunk, chunk) ? std::optional(judge(walker, dataChunk + 8, chunk.size)) : std::nullopt;
 }
 
 }  // namespace Zantrix::Cli

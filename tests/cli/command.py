@@ -112,6 +112,16 @@ class CommandTest(unittest.TestCase):
     def run_here(self, *arguments, **options):
         return run(*arguments, cwd=self.folder, **options)
 
+    def run_meanwhile(self, act, *arguments):
+        """Has `act(process)` happen while the command is kept from writing its first message, which is to be longer
+        than what a pipe takes; the exit code and all lines of standard error."""
+        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        first = process.stderr.read(1)
+        act(process)
+        _, rest = process.communicate(timeout=60)
+        return process.returncode, (first + rest).decode().splitlines()
+
     def features(self, *arguments, **options):
         return self.run_here("features", *arguments, **options)
 

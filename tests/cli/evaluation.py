@@ -5,10 +5,10 @@ import csv
 import io
 import math
 import os
-import struct
 import wave
 
 from command import CommandTest
+from wav_chunks import annotations_of
 
 BLOCK = 128  # samples: 16 ms at 8000 Hz
 
@@ -26,35 +26,9 @@ def stored(value):
     return 0 if math.isnan(value) else int(max(-1.0, min(1.0, value)) * 32767.0)
 
 
-def chunks_of(data):
-    """The chunks of a WAV file, lists opened: (identifier, content)."""
-    found = []
-
-    def walk(begin, end):
-        while begin + 8 <= end:
-            name, size = data[begin:begin + 4], struct.unpack("<I", data[begin + 4:begin + 8])[0]
-            content = data[begin + 8:begin + 8 + size]
-            found.append((name, content))
-            if name == b"LIST":
-                walk(begin + 12, begin + 8 + size)
-            begin += 8 + size + size % 2
-
-    walk(12, len(data))
-    return found
-
-
-def annotations_of(data):
+def labels_of(file):
     """The annotations of a WAV file: (label, first sample, number of samples), in the order of their cue points."""
-    chunks = chunks_of(data)
-    cue = next((content for name, content in chunks if name == b"cue "), b"\0\0\0\0")
-    starts = {}
-    for i in range(struct.unpack("<I", cue[:4])[0]):
-        record = struct.unpack("<II4sIII", cue[4 + 24 * i:28 + 24 * i])
-        starts[record[0]] = record[5]
-    lengths = dict(struct.unpack("<II", content[:8]) for name, content in chunks if name == b"ltxt")
-    labels = {struct.unpack("<I", content[:4])[0]: content[4:].rstrip(b"\0").decode()
-              for name, content in chunks if name == b"labl"}
-    return [(labels[i], starts[i], lengths[i]) for i in starts]
+    return [(label.decode(), start, length) for start, length, label in annotations_of(file)]
 
 
 class EvaluateTest(CommandTest):

@@ -2,6 +2,8 @@
 """murvane-audio annotations add, copy, append and clear."""
 
 import os
+import resource
+import signal
 import stat
 import unittest
 
@@ -125,14 +127,6 @@ class Add(AnnotationTest):
             self.assert_told(self.add("--label", "x", "--start", "2.9", "--stop", "3"))
             self.assertEqual(self.annotations_in("a.wav"), [(23200, 800, b"x")])
 
-    def test_what_cannot_be_kept_is_told(self):
-        self.write("a.wav", riff(audio(), cue(point(1, 10)), adtl(ltxt(1, 5), labl(1, b"x"), note(1, b"hello"),
-                                                                 labl(9, b"lost"))))
-        self.assert_told(self.add("--label", "y", "--start", "1", "--stop", "2"),
-                         'a.wav: warning: 1 note ("note" chunks) cannot be kept',
-                         'a.wav: warning: 1 label ("labl" chunks) without a cue point cannot be kept')
-        self.assertEqual(self.annotations_in("a.wav"), [(10, 5, b"x"), (8000, 8000, b"y")])
-
 
 class DryRunAndBackup(AnnotationTest):
     def test_a_dry_run_shows_what_would_change_and_touches_nothing(self):
@@ -179,6 +173,31 @@ class DryRunAndBackup(AnnotationTest):
                              output="a.wav: 0 removed, 0 added; 1 annotation\n")
         self.assertEqual(os.stat(self.path("a.wav")).st_mtime, 1000000000)
         self.assertEqual(self.files(), ["a.wav", "empty.wav"])
+
+    def interfere(self, act, *options):
+        """Has `act(process)` happen between reading and writing: the command is kept from warning of a long label."""
+        self.write_annotated("a.wav", (23999, 5, b"x" * 200000))
+        return self.run_meanwhile(act, "annotations", "add", "a.wav", "--label", "y", "--start", "1", "--stop", "2", *options)
+
+    def test_what_gives_up_leaves_no_backup(self):
+        changed = riff(audio(samples=5))
+        code, lines = self.interfere(lambda _: self.write("a.wav", changed), "--backup")
+        self.assertEqual((code, lines[1:]), (1, ["murvane-audio: a.wav: is left alone: it changed since it was read"]))
+        self.assertEqual((self.read("a.wav"), self.files()), (changed, ["a.wav"]))
+        code, lines = self.interfere(lambda process: process.send_signal(signal.SIGINT), "--backup")
+        self.assertEqual((code, lines[1:]), (130, ["murvane-audio: a.wav: interrupted"]))
+        self.assertEqual(self.files(), ["a.wav"])
+
+    def test_a_backup_is_named_when_writing_fails(self):
+        def no_room():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (len(before), len(before)))
+        self.write("a.wav", riff(audio()))
+        before = self.read("a.wav")
+        result = self.annotations("add", "a.wav", "--label", "x", "--start", "1", "--stop", "2", "--backup",
+                                  preexec_fn=no_room)
+        self.assert_failed(result, "a.wav: cannot be written: File too large; a.wav.bak is a copy of it")
+        self.assertEqual((self.read("a.wav"), self.read("a.wav.bak"), self.files()), (before, before, ["a.wav", "a.wav.bak"]))
 
 
 class CopyAndAppend(AnnotationTest):
@@ -242,6 +261,32 @@ class Clear(AnnotationTest):
         result = self.annotations("clear", "a.wav")
         self.assertEqual((result.returncode, len(self.messages(result))), (0, 2))
         self.assertEqual(self.read("a.wav"), riff(audio()))
+
+    def test_a_label_that_is_too_short_goes_too(self):
+        self.write("a.wav", riff(audio(), adtl(chunk(b"labl", b"12"))))
+        self.assert_told(self.annotations("clear", "a.wav"),
+                         'a.wav: warning: 1 chunk ("ltxt", "labl", "note") too short to be read cannot be kept',
+                         output="a.wav: 0 removed, 0 added; 0 annotations\n")
+        self.assertEqual(self.read("a.wav"), riff(audio()))
+
+    def test_a_list_that_cannot_be_removed_is_told_by_dry_runs_too(self):
+        refusal = ('a.wav: cannot be left without annotations: the list of them is called "list" instead of "LIST", and '
+                   "cannot be removed")
+        texts = [ltxt(1, 50), labl(1, b"x")]
+        self.write("none.wav", riff(audio()))
+        for inner in (texts, [*texts, note(1, b"y")]):
+            self.write("a.wav", riff(audio(), cue(point(1, 100)), adtl(*inner, name=b"list")))
+            before = self.read("a.wav")
+            for arguments in (["clear", "a.wav"], ["clear", "a.wav", "--label", "x"], ["copy", "none.wav", "a.wav"]):
+                for options in ([], ["--dry-run"], ["--backup"]):
+                    self.assert_failed(self.annotations(*arguments, *options), refusal)
+            self.assertEqual((self.read("a.wav"), self.files()), (before, ["a.wav", "none.wav"]))
+
+    def test_a_list_with_more_in_it_stays(self):
+        for more in (chunk(b"odd ", b"1234"), b"filler", adtl(name=b"LIST")):
+            self.write("a.wav", riff(audio(), cue(point(1, 100)), adtl(ltxt(1, 50), labl(1, b"x"), more, name=b"list")))
+            self.assert_told(self.annotations("clear", "a.wav"), output="a.wav: 1 removed, 0 added; 0 annotations\n")
+            self.assertEqual(self.read("a.wav"), riff(audio(), adtl(more, name=b"list")))
 
     def test_an_expression_that_is_none_is_wrong_usage(self):
         self.write_annotated("a.wav", A)

@@ -11,7 +11,7 @@ import subprocess
 import unittest
 
 from command import PROGRAM, fmt_chunk, give_up_superuser_rights
-from wav_chunks import (AnnotationTest, adtl, annotated, audio, chunk, cue, labl, ltxt, point, riff)
+from wav_chunks import (AnnotationTest, adtl, annotated, audio, chunk, labl, ltxt, point, riff)
 
 A = (4000, 4000, b"SF_440")
 ADD = ("--label", "x", "--start", "0", "--stop", "0.0001")

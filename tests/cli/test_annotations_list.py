@@ -138,6 +138,30 @@ class List(AnnotationTest):
         self.assertEqual(len(json.loads(result.stdout)), 1)
         self.assertIn(b"missing.wav", result.stderr)
 
+    def test_names_come_from_standard_input(self):
+        self.write_annotated("a.wav", TONES[0])
+        self.write_annotated("-", TONES[1])
+        result = self.annotations("list", "--format", "csv", "a.wav", "-", input=b"# recordings\n\na.wav\n")
+        self.assert_done(result)
+        self.assertEqual(result.stdout.count(b"\na.wav,"), 2)
+        self.assertIn(b"\n-,", self.annotations("list", "--format", "csv", "--", "-").stdout)
+        self.assert_usage_error(self.annotations("list", "-", "-", input=b"a.wav\n"), "'-' is given twice")
+
+    def test_a_list_without_names_is_no_file(self):
+        self.write("set.txt", b"# none\n\n")
+        for arguments, lines in ((["--audioset", "set.txt"], b""), (["-"], b"\n"),
+                                 (["--format", "json", "-o", "new.json", "-"], b"")):
+            result = self.annotations("list", *arguments, input=lines)
+            self.assert_failed(result, "no file to process")
+            self.assertEqual(result.stdout, b"")
+        self.assertEqual(self.files(), ["set.txt"])
+
+    def test_an_audio_set_that_cannot_be_read_fails_and_the_files_are_listed(self):
+        self.write_annotated("a.wav", TONES[0])
+        result = self.annotations("list", "a.wav", "--audioset", "none.txt")
+        self.assert_failed(result, "none.txt: Could not open file none.txt containing file set to parse")
+        self.assertIn(b"SF_440", result.stdout)
+
     def test_json_of_no_file_is_an_empty_list(self):
         self.assertEqual(json.loads(self.annotations("list", "missing.wav", "--format", "json").stdout), [])
 
@@ -153,6 +177,16 @@ class List(AnnotationTest):
         before = self.read("a.wav")
         self.assert_usage_error(self.annotations("list", "a.wav", "-o", "./a.wav"), "would replace the input")
         self.assertEqual(self.read("a.wav"), before)
+
+    def test_an_output_replaces_neither_an_audio_set_nor_its_files(self):
+        self.write_annotated("a.wav", *TONES)
+        self.write("set.txt", b"a.wav\n")
+        before = self.read("a.wav"), self.read("set.txt")
+        for output in ("set.txt", "./a.wav"):
+            self.assert_usage_error(self.annotations("list", "--audioset", "set.txt", "-o", output),
+                                    f"the output {output} would replace the input")
+        self.assert_usage_error(self.annotations("list", "-", "-o", "a.wav", input=b"a.wav\n"), "would replace the input")
+        self.assertEqual((self.read("a.wav"), self.read("set.txt")), before)
 
     def test_wrong_usage(self):
         self.assert_usage_error(self.annotations(), "no action given", "list, add, copy")
@@ -170,6 +204,8 @@ class List(AnnotationTest):
             result = self.annotations(action, "--help")
             self.assert_done(result)
             self.assertTrue(result.stdout.startswith(b"Usage: murvane-audio annotations " + action.encode()), action)
+        usage = self.annotations("export", "--help").stdout
+        self.assertTrue(usage.startswith(b"Usage: murvane-audio annotations export FILE [--format FORMAT] [--output LABELS]"))
 
 
 if __name__ == "__main__":

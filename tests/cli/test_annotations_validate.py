@@ -168,6 +168,14 @@ class Validate(AnnotationTest):
         self.assertEqual(self.annotations("validate", "a.wav", "a.wav").returncode, 0)
         self.assert_usage_error(self.annotations("validate"), "no file given")
 
+    def test_names_come_from_standard_input(self):
+        self.write_annotated("a.wav", A)
+        self.assert_told(self.annotations("validate", "-", input=b"a.wav\n#b.wav\n"), output="a.wav: no defects\n")
+
+    def test_a_list_without_names_is_no_file(self):
+        self.write("set.txt", b"# none\n")
+        self.assert_failed(self.annotations("validate", "--audioset", "set.txt"), "no file to process")
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -10,7 +10,8 @@ import struct
 import unittest
 
 from command import tone, wav_bytes
-from evaluation import BLOCK, EvaluateTest, annotations_of, bytes_of, chunks_of, samples_of, stored
+from evaluation import BLOCK, EvaluateTest, bytes_of, labels_of, stored
+from wav_chunks import file_chunks
 
 
 class Curves(EvaluateTest):
@@ -159,8 +160,8 @@ class Decisions(EvaluateTest):
     def annotated(self, *arguments):
         self.assert_done(self.evaluate("a.wav", *arguments))
         data = self.read("a.annotated.wav")
-        self.assertEqual([content for name, content in chunks_of(data) if name == b"data"], [bytes_of(self.samples)])
-        return annotations_of(data)
+        self.assertEqual([content for name, content in file_chunks(data) if name == b"data"], [bytes_of(self.samples)])
+        return labels_of(data)
 
     def test_runs_become_annotations_of_a_copy(self):
         channel = ["--channel", "z=zeroCrossingRate(x)"]
@@ -199,8 +200,8 @@ class Decisions(EvaluateTest):
         for count in (2, 3):
             result = self.evaluate("a.wav", *channel)
             self.assertEqual(result.returncode, 0)
-            self.assertEqual(annotations_of(self.read("a.annotated.wav")), [old] * count)
-            self.assertEqual(annotations_of(self.read("a.prob.wav")), [old] * (count - 1))
+            self.assertEqual(labels_of(self.read("a.annotated.wav")), [old] * count)
+            self.assertEqual(labels_of(self.read("a.prob.wav")), [old] * (count - 1))
             os.rename(self.path("a.annotated.wav"), self.path("a.wav"))
 
 
@@ -212,7 +213,7 @@ class Documented(EvaluateTest):
         with open(os.environ["SAMPLE_CALL"], "rb") as call:
             self.write("sample-call.wav", call.read())
         self.assert_done(self.run_here(*shlex.split(command.replace("\\\n", ""))))
-        found = annotations_of(self.read("sample-call.annotated.wav"))
+        found = labels_of(self.read("sample-call.annotated.wav"))
         self.assertEqual(shown, [(f"{start / 8000:.3f}", f"{(start + length) / 8000:.3f}")
                                  for _, start, length in found])
         self.assertEqual(set(label for label, _, _ in found), {"tone"})

@@ -9,6 +9,7 @@ import unittest
 
 from command import PROGRAM, tone, wav_bytes
 from evaluation import EvaluateTest, samples_of, stored
+from wav_chunks import adtl, annotated, annotations_of, audio, cue, labl, ltxt, point, riff
 
 
 class BadInput(EvaluateTest):
@@ -85,13 +86,19 @@ class BadInput(EvaluateTest):
         self.write_wav("fast.wav", rate=2000000)
         self.assert_refused("fast.wav", "blocks of 16 ms cannot be cut at 2000000 Hz")
 
-    def test_annotations_that_make_no_sense_keep_the_copy_from_being_made(self):
-        cue = struct.pack("<4sII", b"cue ", 28, 1) + struct.pack("<II4sIII", 1, 0, b"data", 0, 0, 0)
-        self.write("a.wav", wav_bytes(tone(4000), tail=cue, riff_size=36 + 8000 + len(cue)))
-        result = self.evaluate("a.wav", "--channel", "c=1", "--annotate", "0", "--log-level", "OFF")
-        self.assertRegex(result.stderr.decode(), r"^murvane-audio: a.wav: cannot be annotated: .+\n$")
-        self.assertEqual((result.returncode, self.files()), (1, ["a.prob.wav", "a.wav", "good.wav", "other.wav"]))
+    def test_annotations_that_make_no_sense(self):
+        self.write("a.wav", riff(audio(), cue(point(1, 0))))
+        self.assert_refused("a.wav", 'its annotations do not fit together: 1 cue point without a length ("ltxt" chunk), '
+                                     '1 cue point without a label ("labl" chunk); \'murvane-audio annotations list '
+                                     "--lenient' shows what can be saved of it, 'murvane-audio annotations validate' "
+                                     "tells all that is wrong")
         self.assert_done(self.evaluate("a.wav", "--channel", "c=1"))
+
+    def test_the_size_of_a_stream_can_be_evaluated_but_not_annotated(self):
+        self.write("a.wav", wav_bytes(tone(4000), data_size=0xFFFFFFFF, riff_size=0xFFFFFFFF))
+        self.assert_refused("a.wav", "warning: its header gives no true length; taking all 8000 bytes to the end",
+                            "its header gives no true length: it says 4294967295 bytes of audio, the file holds 8000; "
+                            "use a copy made by an audio tool that does not trust this length")
 
     def test_formulas_that_do_not_give_one_value(self):
         for formula, count in (("peaks(spectrum(x))", 6), ("x", 128), ("spectrum(x)", 64)):
@@ -112,6 +119,46 @@ class BadInput(EvaluateTest):
         self.assert_failed(result, "good.wav: the channel c gives 128 values for 128 samples; it must give one")
         self.assertEqual(self.channels_of("low.prob.wav")[1][1][:5],
                          [stored(sample / 32768) for sample in samples_of(tone(1000))[:5]])
+
+
+class Annotated(EvaluateTest):
+    """What is told of the annotations of recordings that are annotated."""
+
+    def assert_told(self, *messages, options=()):
+        result = self.evaluate("a.wav", "--channel", "c=1", "--annotate", "0", *options)
+        self.assertEqual((result.returncode, self.messages(result)),
+                         (0, [f"murvane-audio: a.wav: warning: {message}" for message in messages]))
+
+    def test_what_cannot_be_kept_is_told(self):
+        self.write("a.wav", riff(audio(), cue(point(1, 100)), adtl(ltxt(1, 50, b"beat"), labl(1, b"x"),
+                                                                  labl(1, b"call", name=b"note"))))
+        self.assert_told('1 note ("note" chunks) cannot be kept', 'the purpose of 1 length ("ltxt" chunks) cannot be kept')
+        self.assertEqual(annotations_of(self.read("a.annotated.wav")), [(100, 50, b"x"), (0, 24000, b"c")])
+
+    def test_what_ends_beyond_the_audio_is_cut_off_with_a_warning(self):
+        self.write("a.wav", annotated((23999, 5, b"x")))
+        self.assert_told("annotation 1 (x) ends at 3.0005 s, beyond the end of the audio at 3 s; it is cut off there")
+        self.assertEqual(annotations_of(self.read("a.annotated.wav"))[0], (23999, 1, b"x"))
+
+    def test_a_file_that_changes_meanwhile_leaves_no_output(self):
+        self.write("a.wav", annotated((23999, 5, b"x" * 200000)))
+        self.write("a.prob.wav", b"old")
+        code, lines = self.run_meanwhile(lambda _: self.write("a.wav", riff(audio())), "evaluate", "a.wav", "--channel",
+                                         "c=1", "--annotate", "0")
+        self.assertEqual((code, lines[1:]), (1, ["murvane-audio: a.wav: it changed since it was read; "
+                                                 "./a.annotated.wav is not written"]))
+        self.assertEqual(self.files(), ["a.wav"])
+
+    def test_gaps_among_the_numbers_are_no_annotations_and_nothing_to_tell_of(self):
+        self.write("a.wav", annotated((100, 50, b"x"), (200, 50, b"y"), first=7))
+        self.assert_told()
+        self.assertEqual(annotations_of(self.read("a.annotated.wav")),
+                         [(100, 50, b"x"), (200, 50, b"y"), (0, 24000, b"c")])
+
+    def test_who_asks_for_a_log_gets_the_records_of_the_library(self):
+        self.write("a.wav", annotated((100, 50, b"x")))
+        result = self.evaluate("a.wav", "--channel", "c=1", "--annotate", "0", "--log-level", "DEBUG")
+        self.assertIn(b"Sample rate of WAV file : 8000", result.stderr)
 
 
 class Outputs(EvaluateTest):
@@ -182,7 +229,7 @@ class Outputs(EvaluateTest):
                                    "device$")
         self.assertEqual(lines[1], "murvane-audio: a.wav: cannot be evaluated")
         self.assertIn("murvane-audio: b.wav: cannot write ./b.annotated.wav: No space left on device", lines[2:])
-        self.assertEqual(self.files(), ["a.prob.wav", "a.wav", "b.annotated.wav", "b.prob.wav", "b.wav", "out"])
+        self.assertEqual(self.files(), ["a.prob.wav", "a.wav", "b.annotated.wav", "b.wav", "out"])
 
     def test_a_folder_in_the_way_is_told(self):
         os.mkdir(self.path("a.prob.wav"))
