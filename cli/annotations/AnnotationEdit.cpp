@@ -175,9 +175,9 @@ void AnnotationEdit::cutOffAtEnd() {
 bool AnnotationEdit::prepare() {
     const ChunkScan scan(m_loaded.file.getParser());
     const std::size_t count = m_recording.annotations.size();
-    if (count >= c_uiEndOfIdentifiers) {
+    if (count >= Audio::AnnotatedFile::c_uiEndOfCueNumbers) {
         m_diagnostics.error("would have " + std::to_string(count) + " annotations; less than " +
-                            std::to_string(c_uiEndOfIdentifiers) + " can be read again");
+                            std::to_string(Audio::AnnotatedFile::c_uiEndOfCueNumbers) + " can be read again");
         return false;
     }
     const IFF::Chunk* list = scan.emptiedList();

@@ -51,8 +51,9 @@ std::string describeRefusal(const LoadedFile& loaded) {
         return *defect + c_szHeaderHint;  // what is behind such a header may not be seen as chunks at all
     }
     // With audio that can be annotated and identifiers that can be used, it is the annotations.
-    const bool isIdGood = std::all_of(scan.points.begin(), scan.points.end(),
-                                      [](const ScannedCue& point) { return point.id < c_uiEndOfIdentifiers; });
+    const bool isIdGood = std::all_of(scan.points.begin(), scan.points.end(), [](const ScannedCue& point) {
+        return point.id < Audio::AnnotatedFile::c_uiEndOfCueNumbers;
+    });
     const std::string misfits = scan.canBeAnnotated() && isIdGood ? describeMisfits(scan) : "";
     const bool hasMore = !scan.points.empty() || !scan.loops.empty();
     return (misfits.empty() ? file.getError() : "its annotations do not fit together: " + misfits) +

@@ -14,9 +14,6 @@
 /// not. Offsets are places in the file, in bytes.
 namespace Zantrix::Cli {
 
-/// The library reads identifiers below this.
-inline constexpr std::uint32_t c_uiEndOfIdentifiers = 1u << 20;
-
 struct ScannedCue {
     std::uint64_t offset = 0;  ///< of the record
     std::uint32_t id = 0;

@@ -4,6 +4,7 @@
 #include "annotations/ChunkScan.h"
 #include "shell/Text.h"
 
+#include <murvane/audio/annotations/AudioAnnotatedFile.h>
 #include <murvane/core/Logging.h>
 
 #include <algorithm>
@@ -140,8 +141,9 @@ private:
                 defect(" is there again; the last one counts");
                 continue;
             }
-            if (point.id >= c_uiEndOfIdentifiers) {
-                defect(" has too large an identifier, ", c_uiEndOfIdentifiers - 1, " is the largest");
+            if (point.id >= Audio::AnnotatedFile::c_uiEndOfCueNumbers) {
+                defect(" has too large an identifier, ", Audio::AnnotatedFile::c_uiEndOfCueNumbers - 1,
+                       " is the largest");
             }
             if (lengths.first(point.id) == nullptr) {
                 defect(" has no length (\"ltxt\" chunk)");

@@ -15,9 +15,6 @@ namespace Zantrix::Audio {
 
 namespace {
 
-// A cue number is the length of a list to be: a stranger's must not be able to ask for all memory.
-constexpr std::uint32_t c_uiEndOfCueNumbers = std::uint32_t{1} << 20;
-
 // The one text for both kinds of chunk: log filters have always known labels by it, too.
 constexpr const char* c_szNoCue = "Error, cue point ID in ltxt chunk has no associated cue. Skipping it...";
 

@@ -27,6 +27,10 @@ namespace Zantrix::Audio {
 /// Copies share the bytes of the file and clone the annotations. An object is used by one thread at a time.
 class MURVANE_API AnnotatedFile {
 public:
+    /// Cue points are read whose identifiers are below this. An identifier is the place in a list that gets so long: a
+    /// stranger's must not be able to ask for all memory.
+    static constexpr std::uint32_t c_uiEndOfCueNumbers = std::uint32_t{1} << 20;
+
     /// The annotations, in the order of their cue numbers after a read. A write needs less than 2^20, none of them
     /// null.
     std::vector<CloneableObjPtr<Annotation>> m_vAnnotations;
