@@ -1,10 +1,10 @@
 #include "Command.h"
 #include "features/TableParts.h"
 #include "shell/Diagnostics.h"
-#include "shell/InputFile.h"
 #include "shell/Interrupt.h"
 #include "shell/Options.h"
 #include "shell/Output.h"
+#include "shell/OutputPlaces.h"
 
 #include <optional>
 
@@ -30,21 +30,24 @@ constexpr const char* c_szHelpRest =
     "  murvane-audio features --audioset calls.txt --feature MEAN --shard 1/2 --output part1.csv\n"
     "  murvane-audio features --audioset calls.txt --feature MEAN --shard 2/2 --output part2.csv\n";
 
-void protectParts(const std::vector<std::string>& parts, const std::string& path) {
-    std::vector<std::string> inputs = parts;
+void protectFiles(const std::vector<std::string>& parts, const std::string& path, const LogOptions& log) {
+    OutputPlaces outputs;
+    outputs.add(path);
+    outputs.add(manifestPathOf(path));
+    outputs.refuseToReplace(log.config);
     for (const std::string& part : parts) {
-        inputs.push_back(part + ".json");
+        outputs.refuseToReplace(part);
+        outputs.refuseToReplace(manifestPathOf(part));
     }
-    refuseToOverwrite(inputs, path);
-    refuseToOverwrite(inputs, path + ".json");
 }
 
 bool write(const TableParts& parts, const std::string& path, Diagnostics& diagnostics) {
-    const std::string manifestPath = path + ".json";
+    const std::string manifestPath = manifestPathOf(path);
     Output table;
     std::optional<ManifestWriter> manifest;
     // A manifest that is there already would tell of another table.
     if (parts.whole().definition.format == "npy" || looksLikeManifest(manifestPath)) {
+        refuseToReplaceOther(manifestPath);
         manifest.emplace(parts.whole().definition, parts.whole().inputs);
     }
     const bool isWritten = table.open(path) && (!manifest || manifest->open(manifestPath)) && parts.writeTable(table) &&
@@ -84,7 +87,7 @@ int runMerge(const std::vector<std::string>& arguments) {
     if (path.empty()) {
         throw UsageError("merge needs --output PATH");
     }
-    protectParts(paths, path);
+    protectFiles(paths, path, log);
     Diagnostics diagnostics(log);
     try {
         const TableParts parts(paths);

@@ -93,6 +93,10 @@ std::unique_ptr<Delivery> BatchRun::process(BatchWorker& worker, std::size_t inp
         return nullptr;
     }
     m_diagnostics.renameInput(*file);
+    if (const std::string* pWhy = m_inputs.refusal(input)) {
+        m_diagnostics.error(*pWhy);
+        return nullptr;
+    }
     m_progress.beginInput(*file, 0.0);
     std::unique_ptr<Delivery> pDelivery = worker.process(*file, turn);
     m_progress.endInput();

@@ -1,14 +1,13 @@
 #include "evaluate/EvaluateOptions.h"
 
 #include "Command.h"
-#include "shell/InputFile.h"
+#include "shell/OutputPlaces.h"
 
 #include <murvane/core/OS.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
-#include <unordered_map>
 
 namespace po = boost::program_options;
 
@@ -130,6 +129,12 @@ std::string outputPath(const std::string& folder, const std::string& file, const
     return (std::filesystem::path(folder) / (OS::stripPathAndExtension(file) + '.' + suffix + ".wav")).string();
 }
 
+// What its outputs are named after: a carriage return may be the end of the line instead of the name's.
+std::string nameOf(const InputNames& inputs, std::size_t input) {
+    std::string given = inputs.given(input);
+    return given.ends_with('\r') ? inputs.findQuietly(input).value_or(given) : given;
+}
+
 }  // namespace
 
 std::string EvaluateOptions::curvesPath(const std::string& file) const {
@@ -174,25 +179,22 @@ std::optional<EvaluateOptions> parseEvaluateOptions(const std::vector<std::strin
     return options;
 }
 
-void protectFiles(const EvaluateOptions& options, const InputNames& inputs) {
-    std::vector<std::string> outputs;
-    std::unordered_map<std::string, std::size_t> sources;
-    const auto add = [&](const std::string& output, std::size_t input) {
-        const auto [place, isNew] = sources.emplace(output, input);
-        if (!isNew) {
-            throw UsageError(inputs.given(place->second) + " and " + inputs.given(input) +
-                             " would both be written to " + output);
-        }
-        outputs.push_back(output);
-    };
+void protectFiles(const EvaluateOptions& options, InputNames& inputs) {
+    OutputPlaces outputs;
+    outputs.add(options.batch.failures);
     for (std::size_t i = 0; i < inputs.size(); ++i) {
-        const std::string file = inputs.given(i);
-        add(options.curvesPath(file), i);
+        const std::string file = nameOf(inputs, i);
+        std::vector<std::string> paths = {options.curvesPath(file)};
         if (options.annotateMs) {
-            add(options.annotatedPath(file), i);
+            paths.push_back(options.annotatedPath(file));
+        }
+        if (const auto taken = outputs.add(paths, i)) {
+            inputs.refuse(i, taken->owner == i ? "two of its outputs would go to " + taken->path
+                                               : "its output " + taken->path + " is that of " +
+                                                     nameOf(inputs, taken->owner) + ", which stands before it");
         }
     }
-    outputs.push_back(options.batch.failures);
+    outputs.refuseToReplace(options.log.config);
     inputs.refuseToOverwrite(outputs);
 }
 

@@ -40,9 +40,10 @@ struct EvaluateOptions {
 /// @throw UsageError for the first thing that is wrong
 std::optional<EvaluateOptions> parseEvaluateOptions(const std::vector<std::string>& arguments);
 
-/// Makes sure that no output replaces an input or the output of another input.
+/// Makes sure that no output replaces an input. An input whose outputs would go where those of one before it go is
+/// refused (see `InputNames::refuse`); as the whole list decides, it is the same one in each part of it.
 ///
 /// @throw UsageError  naming the files
-void protectFiles(const EvaluateOptions& options, const InputNames& inputs);
+void protectFiles(const EvaluateOptions& options, InputNames& inputs);
 
 }  // namespace Zantrix::Cli

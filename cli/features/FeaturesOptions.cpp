@@ -3,10 +3,9 @@
 #include "Command.h"
 #include "features/ComputerArchive.h"
 #include "features/ManifestReader.h"
-#include "shell/InputFile.h"
+#include "shell/OutputPlaces.h"
 
 #include <algorithm>
-#include <set>
 
 namespace po = boost::program_options;
 
@@ -59,7 +58,7 @@ po::options_description describeOptions(FeaturesOptions& options) {
          "features by name; may be given again")  //
         (c_szFormula, po::value<std::vector<std::string>>()->value_name("[NAME=]FORMULA"),
          "a formula of the window x, such as 'f0=harmonicProduct(spectrum(x))'; may be given again")  //
-        (c_szComputer, po::value<std::vector<std::string>>()->value_name("ARCHIVE"),
+        (c_szComputer, po::value(&options.computers)->value_name("ARCHIVE"),
          "the features of an archived feature computer (text, binary or XML); columns are in the order of all these")  //
         ("window-ms", po::value(&options.windowMs)->value_name("MS"),
          "length of a window in milliseconds (default 32)")  //
@@ -111,23 +110,28 @@ void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNam
 }
 
 void protectInputs(const FeaturesOptions& options, const InputNames& inputs) {
-    std::vector<std::string> outputs = {options.path, options.saveConfig, options.saveComputer, options.batch.failures};
-    if (hasManifest(options)) {
-        outputs.push_back(options.path + ".json");
+    OutputPlaces outputs;
+    for (const std::string* pPath : {&options.path, &options.saveComputer, &options.batch.failures}) {
+        outputs.add(*pPath);
     }
+    if (hasManifest(options)) {
+        outputs.add(manifestPathOf(options.path));
+    }
+    outputs.refuseToReplace(options.config);
+    outputs.add(options.saveConfig);  // may well be the one that was read, brought up to date
+    outputs.refuseToReplace(options.log.config);
+    std::for_each(options.computers.begin(), options.computers.end(),
+                  [&](const std::string& archive) { outputs.refuseToReplace(archive); });
     inputs.refuseToOverwrite(outputs);
-    std::set<std::string> seen;
-    for (const std::string& output : outputs) {
-        if (!output.empty() && !seen.insert(output).second) {
-            throw UsageError("two outputs would go to " + output);
-        }
+    if (hasManifest(options)) {
+        refuseToReplaceOther(manifestPathOf(options.path));
     }
 }
 
 bool hasManifest(const FeaturesOptions& options) {
     // A manifest that is there already would tell of another table.
-    return options.format == "npy" || options.batch.shard || options.batch.resume ||
-           (!options.path.empty() && looksLikeManifest(options.path + ".json"));
+    return !options.path.empty() && (options.format == "npy" || options.batch.shard || options.batch.resume ||
+                                     looksLikeManifest(manifestPathOf(options.path)));
 }
 
 Audio::LinearAudioWindower::Config windowConfig(const FeaturesOptions& options) {

@@ -23,9 +23,10 @@ struct FeaturesOptions {
     bool suppressDc = false;
     std::string format = "csv";
     std::string path;
-    std::string config;        ///< a file that gave what arguments did not; "" for none
-    std::string saveConfig;    ///< a file to write; "" for none
-    std::string saveComputer;  ///< the same
+    std::vector<std::string> computers;  ///< archives that features were taken from
+    std::string config;                  ///< a file that gave what arguments did not; "" for none
+    std::string saveConfig;              ///< a file to write; "" for none
+    std::string saveComputer;            ///< the same
     BatchOptions batch;
     LogOptions log;
 };
@@ -43,7 +44,8 @@ std::vector<Column> collectColumns(const std::vector<GivenOption>& given);
 /// @throw UsageError for the first thing that is wrong
 void checkOptions(const FeaturesOptions& options, const FeatureNames& featureNames);
 
-/// Makes sure that no output replaces an input or another output; after the audio set was read.
+/// Makes sure that no output replaces an input, of whatever kind, another output, or, where a manifest is to go, a file
+/// that is none; after the audio set was read.
 ///
 /// @throw UsageError  naming the file
 void protectInputs(const FeaturesOptions& options, const InputNames& inputs);

@@ -1,5 +1,6 @@
 #include "features/ManifestReader.h"
 
+#include "Command.h"
 #include "features/TableHead.h"
 #include "shell/JsonCursor.h"
 #include "shell/Text.h"
@@ -273,6 +274,14 @@ bool looksLikeManifest(const std::string& path) {
     std::string start(c_strStart.size(), '\0');
     std::ifstream(path, std::ios::binary).read(start.data(), static_cast<std::streamsize>(start.size()));
     return start == c_strStart;
+}
+
+void refuseToReplaceOther(const std::string& manifestPath) {
+    struct stat status {};
+    if (::stat(manifestPath.c_str(), &status) == 0 && S_ISREG(status.st_mode) && !looksLikeManifest(manifestPath)) {
+        throw UsageError(manifestPath +
+                         " is in the way of the manifest, and is none; move it, or name another --output");
+    }
 }
 
 std::string headOf(const ManifestReader::Summary& summary) {

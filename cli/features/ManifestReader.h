@@ -59,6 +59,11 @@ private:
 /// Whether a file begins like a manifest.
 bool looksLikeManifest(const std::string& path);
 
+/// Makes sure that no file but a manifest stands where one is to go: nobody asked for that to be replaced.
+///
+/// @throw UsageError  naming the file
+void refuseToReplaceOther(const std::string& manifestPath);
+
 /// Makes sure that a table is as large and begins as its manifest says.
 ///
 /// @throw TableError

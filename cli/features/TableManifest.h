@@ -32,6 +32,11 @@ struct TableDefinition {
 /// In what the first of two definitions differs from the second, in words; "" when it does not.
 std::string difference(const TableDefinition& a, const TableDefinition& b);
 
+/// Where the manifest of a table stands.
+inline std::string manifestPathOf(const std::string& tablePath) {
+    return tablePath + ".json";
+}
+
 /// Which inputs a table is made of.
 struct TableInputs {
     ListIdentity list;           ///< all of them
@@ -47,7 +52,7 @@ struct TableTarget {
     TableInputs inputs;
     bool hasManifest = false;  ///< a manifest is written beside it
 
-    std::string manifestPath() const { return path + ".json"; }
+    std::string manifestPath() const { return manifestPathOf(path); }
 };
 
 /// What a table holds of one input. Inputs that failed are told of in shards only.

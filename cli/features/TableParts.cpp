@@ -44,7 +44,7 @@ bool copyRest(int descriptor, std::uint64_t size, const TablePart& part, Output&
 
 TableParts::TableParts(const std::vector<std::string>& paths) {
     for (const std::string& path : paths) {
-        ManifestReader manifest(path + ".json");
+        ManifestReader manifest(manifestPathOf(path));
         ManifestReader::Summary summary = manifest.summarize();
         checkTable(path, summary);
         m_parts.push_back({path, std::move(manifest), std::move(summary)});

@@ -1,14 +1,14 @@
 #include "shell/InputFile.h"
 
-#include "Command.h"
+#include "shell/OutputPlaces.h"
 #include "shell/RepairedStream.h"
 #include "shell/WavHeader.h"
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <map>
 #include <mutex>
 #include <shared_mutex>
 #include <sys/stat.h>
@@ -161,26 +161,10 @@ std::uint64_t fileBytes(const std::string& path) {
     return isFile ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-void refuseToOverwrite(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) {
-    std::map<std::pair<dev_t, ino_t>, const std::string*> files;
-    struct stat status {};
-    for (const std::string& input : inputs) {
-        if (::stat(input.c_str(), &status) == 0) {
-            files.emplace(std::pair(status.st_dev, status.st_ino), &input);
-        }
-    }
-    for (const std::string& output : outputs) {
-        if (output.empty() || ::stat(output.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-            continue;
-        }
-        if (const auto found = files.find(std::pair(status.st_dev, status.st_ino)); found != files.end()) {
-            throw UsageError("the output " + output + " would replace the input " + *found->second);
-        }
-    }
-}
-
 void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output) {
-    refuseToOverwrite(inputs, std::vector{output});
+    OutputPlaces outputs;
+    outputs.add(output);
+    std::for_each(inputs.begin(), inputs.end(), [&](const std::string& input) { outputs.refuseToReplace(input); });
 }
 
 }  // namespace Zantrix::Cli

@@ -64,13 +64,10 @@ bool checkNotEmpty(const std::string& path, Diagnostics& diagnostics);
 /// The bytes of a file; 0 for what is not a regular file.
 std::uint64_t fileBytes(const std::string& path);
 
-/// Makes sure that no output replaces one of the inputs.
+/// Makes sure that an output replaces none of the inputs.
 ///
-/// @param outputs  paths; "" is standard output
+/// @param output  its path; "" is standard output
 /// @throw UsageError naming both
-void refuseToOverwrite(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs);
-
-/// The same of one output.
 void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output);
 
 }  // namespace Zantrix::Cli

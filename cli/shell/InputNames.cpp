@@ -2,7 +2,6 @@
 
 #include "Command.h"
 #include "shell/Digest.h"
-#include "shell/InputFile.h"
 #include "shell/Interrupt.h"
 
 #include <murvane/audio/batch/AudioSetParser.h>
@@ -14,7 +13,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,9 +23,6 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr const char* c_szStandardInput = "-";
-
-// Files are looked at in groups, so that not all of their names are needed at once.
-constexpr std::size_t c_uiNamesAtOnce = 1000;
 
 constexpr std::size_t c_uiBlockSize = std::size_t(1) << 20;
 
@@ -172,6 +167,11 @@ void InputNames::keep(std::size_t first, std::size_t end) {
     for (std::size_t* pPosition : {&m_uiLines, &m_uiLinesEnd, &m_uiAudioSet}) {
         *pPosition = std::clamp(*pPosition, first, end) - first;
     }
+    std::map<std::size_t, std::string> refused;
+    for (auto item = m_refused.lower_bound(first); item != m_refused.end() && item->first < end; ++item) {
+        refused.emplace_hint(refused.end(), item->first - first, std::move(item->second));
+    }
+    m_refused.swap(refused);
     for (std::size_t i = 0; i < m_blocks.size(); ++i) {
         if (isEmpty() || i < m_names.front().block || i > m_names.back().block) {
             std::string().swap(m_blocks[i]);
@@ -201,22 +201,25 @@ std::optional<std::string> InputNames::findQuietly(std::size_t index) const {
     return find(index, given(index));
 }
 
-void InputNames::refuseToOverwrite(const std::vector<std::string>& outputs) const {
-    std::vector<std::string> existing;
-    std::copy_if(outputs.begin(), outputs.end(), std::back_inserter(existing),
-                 [](const std::string& output) { return fileBytes(output) > 0; });
-    if (existing.empty()) {
+void InputNames::refuseToOverwrite(const OutputPlaces& outputs) const {
+    if (!outputs.replaceAny()) {
         return;
     }
-    Cli::refuseToOverwrite(std::vector{m_strAudioSet}, existing);
-    std::vector<std::string> files;
+    outputs.refuseToReplace(m_strAudioSet);
     for (std::size_t i = 0; i < size(); ++i) {
-        files.push_back(findQuietly(i).value_or(""));
-        if (files.size() == c_uiNamesAtOnce || i + 1 == size()) {
-            Cli::refuseToOverwrite(files, existing);
-            files.clear();
-        }
+        outputs.refuseToReplace(findQuietly(i).value_or(""));
     }
+}
+
+void InputNames::refuseToOverwrite(const std::vector<std::string>& outputs) const {
+    OutputPlaces places;
+    std::for_each(outputs.begin(), outputs.end(), [&](const std::string& output) { places.add(output); });
+    refuseToOverwrite(places);
+}
+
+const std::string* InputNames::refusal(std::size_t index) const {
+    const auto found = m_refused.find(index);
+    return found == m_refused.end() ? nullptr : &found->second;
 }
 
 std::optional<std::string> InputNames::find(std::size_t index, const std::string& name) const {

@@ -1,15 +1,18 @@
 #pragma once
 
 #include "shell/Diagnostics.h"
+#include "shell/OutputPlaces.h"
 
 #include <boost/program_options/options_description.hpp>
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Zantrix::Cli {
@@ -72,10 +75,19 @@ public:
     /// The same without a message.
     std::optional<std::string> findQuietly(std::size_t index) const;
 
-    /// Makes sure that no output replaces an input or the list that names it.
+    /// Makes sure that no output replaces an input or the list that names it. Each input is looked up once.
     ///
     /// @throw UsageError  naming the input
+    void refuseToOverwrite(const OutputPlaces& outputs) const;
+
+    /// The same of outputs that have nothing to do with inputs, and which must differ from each other.
     void refuseToOverwrite(const std::vector<std::string>& outputs) const;
+
+    /// Says why nothing must be done with an input.
+    void refuse(std::size_t index, std::string why) { m_refused[index] = std::move(why); }
+
+    /// What `refuse` said; null for an input that may be worked on.
+    const std::string* refusal(std::size_t index) const;
 
     /// Lists that could not be read, for the list of failures.
     const std::vector<std::string>& unreadable() const { return m_unreadable; }
@@ -102,6 +114,7 @@ private:
     std::size_t m_uiAudioSet = 0;  // the first entry of the audio set
     std::string m_strAudioSet;
     std::vector<std::string> m_unreadable;
+    std::map<std::size_t, std::string> m_refused;
 };
 
 }  // namespace Zantrix::Cli

@@ -69,6 +69,19 @@ class Config(CommandTest):
         self.assertEqual(stat.S_IMODE(os.stat(self.path("c")).st_mode), 0o640)
         self.assertIn(b"features.window-ms = 100\n", self.read("c"))
 
+    def test_no_output_replaces_what_says_what_to_do(self):
+        self.write("c", CONFIG.encode())
+        self.write("log.properties", b"log4cplus.rootLogger=OFF\n")
+        self.assert_done(self.features("--feature", "MEAN", "--save-computer", "c.xml"))
+        before = {name: self.read(name) for name in self.files()}
+        run = ("a.wav", "--config", "c", "--computer", "c.xml", "--log-config", "log.properties")
+        for option in ("--output", "--failures", "--save-computer", "--save-config"):
+            for name in ("c", "c.xml", "log.properties"):
+                if (option, name) != ("--save-config", "c"):
+                    self.assert_usage_error(self.features(*run, option, "./" + name),
+                                            f"the output ./{name} would replace the input {name}")
+        self.assertEqual({name: self.read(name) for name in self.files()}, before)
+
     def test_the_format_is_kept(self):
         self.assert_done(self.features("--feature", "MEAN", "--format", "npy", "--save-config", "c"))
         self.assert_usage_error(self.features("a.wav", "--config", "c"), "--format npy needs --output")

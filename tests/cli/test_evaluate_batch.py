@@ -66,6 +66,24 @@ class ManyFiles(EvaluateTest):
         self.assertEqual(lines[1].split("\t")[1], "No such file or directory")
         self.assertEqual(len(self.outputs()), 2)
 
+    def test_a_recording_that_is_named_twice_is_done_once_whatever_the_parts_and_threads(self):
+        names = [*self.names[:4], self.names[2], *self.names[4:6], "./call 0.wav", self.names[2]]
+        refused = [(name, f"its output ./{first[:-4]}.prob.wav is that of {first}, which stands before it")
+                   for name, first in ((self.names[2], self.names[2]), ("./call 0.wav", self.names[0]),
+                                       (self.names[2], self.names[2]))]
+        lines = "".join(f"{name}\t{why}\n" for name, why in refused)
+        self.assert_done(self.evaluate(*self.names[:6], *CHANNELS))
+        expected = self.outputs()
+        for jobs in ("1", "3"):
+            result = self.evaluate(*names, *CHANNELS, "--jobs", jobs, "--failures", "failed.txt")
+            self.assert_failed(result, *(f"{name}: {why}" for name, why in refused))
+            self.assertEqual((self.outputs(), self.read("failed.txt").decode()), (expected, lines))
+        told = ""
+        for part in ("1/4", "2/4", "3/4", "4/4"):
+            self.evaluate(*names, *CHANNELS, "--shard", part, "--failures", "failed.txt")
+            told += self.read("failed.txt").decode()
+        self.assertEqual((self.outputs(), told), (expected, lines))
+
     def test_outputs_that_are_there_are_not_made_again(self):
         self.assert_done(self.evaluate(*self.names, *CHANNELS))
         old = self.versions()

@@ -112,9 +112,6 @@ class BadInput(EvaluateTest):
 
     def test_a_formula_is_looked_at_for_each_rate(self):
         self.write_wav("low.wav", 1000, rate=63)  # blocks of one sample
-        result = self.evaluate("low.wav", "good.wav", "low.wav", "./other.wav", "--channel", "c=x", "--log-level",
-                               "ERROR")
-        self.assert_usage_error(result, "low.wav and low.wav would both be written to ./low.prob.wav")
         result = self.evaluate("low.wav", "good.wav", "--channel", "c=x", "--log-level", "ERROR")
         self.assert_failed(result, "good.wav: the channel c gives 128 values for 128 samples; it must give one")
         self.assertEqual(self.channels_of("low.prob.wav")[1][1][:5],
@@ -192,12 +189,63 @@ class Outputs(EvaluateTest):
         self.assert_refused(["a.wav", "--suffix", "../x"], "suffix '../x'")
         self.assert_refused(["a.wav", "--suffix", "annotated", "--annotate", "10"], "--annotate", "'annotated'")
 
-    def test_two_inputs_of_one_output_are_refused(self):
-        self.assert_refused(["a.wav", "out/a.flac"], "a.wav and out/a.flac would both be written to ./a.prob.wav")
+    def assert_first_is_done(self, arguments, message, made):
+        """The first input is done as it is alone; the one behind it fails."""
+        options = [argument for argument in arguments if argument.startswith("--") or argument in ("p.annotated", "1")]
+        self.assert_done(self.evaluate("a.wav", *options, "--channel", "c=1"))
+        before = {name: self.read(name) for name in made}
+        result = self.evaluate(*arguments, "--channel", "c=1")
+        self.assert_failed(result, message)
+        self.assertEqual({name: self.read(name) for name in made}, before)
+        for name in made:
+            os.remove(self.path(name))
+
+    def test_of_two_inputs_of_one_output_the_first_is_done(self):
+        self.assert_first_is_done(["a.wav", "out/a.flac"],
+                                  "out/a.flac: its output ./a.prob.wav is that of a.wav, which stands before it",
+                                  ["a.prob.wav"])
+        self.assert_first_is_done(["a.wav", "a.wav"],
+                                  "a.wav: its output ./a.prob.wav is that of a.wav, which stands before it",
+                                  ["a.prob.wav"])
+        self.write_wav("a.p.wav", 500)
+        self.assert_first_is_done(["a.wav", "a.p.wav", "--suffix=p.annotated", "--annotate=1"],
+                                  "a.p.wav: its output ./a.p.annotated.wav is that of a.wav, which stands before it",
+                                  ["a.annotated.wav", "a.p.annotated.wav"])
         self.write("out/list.txt", b"../a.wav\n")
-        self.assert_refused(["a.wav", "--audioset", "out/list.txt"], "a.wav and ", "/a.wav would both be written to")
-        self.assert_refused(["a.wav", "a.p.wav", "--suffix", "p.annotated", "--annotate", "1"],
-                            "a.wav and a.p.wav would both be written to ./a.p.annotated.wav")
+        result = self.evaluate("a.wav", "--audioset", "out/list.txt", "--channel", "c=1")
+        message, = self.messages(result)
+        self.assertRegex(message, r"a\.wav: its output \./a\.prob\.wav is that of a\.wav, which stands before it$")
+        self.assertEqual(result.returncode, 1)
+
+    def test_an_input_that_is_refused_takes_no_place(self):
+        self.write_wav("a.p.wav", 500)
+        self.write_wav("a.p.p.wav", 400)
+        result = self.evaluate("a.wav", "a.p.wav", "a.p.p.wav", "--channel", "c=1", "--suffix", "p.annotated",
+                               "--annotate", "1")
+        self.assert_failed(result, "a.p.wav: its output ./a.p.annotated.wav is that of a.wav, which stands before it")
+        self.assertEqual(self.files(), ["a.annotated.wav", "a.p.annotated.wav", "a.p.p.annotated.wav",
+                                        "a.p.p.p.annotated.wav", "a.p.p.wav", "a.p.wav", "a.wav", "out"])
+
+    def test_links_from_one_output_to_another_are_seen(self):
+        self.write("out/a.annotated.wav", b"old")
+        os.symlink("a.annotated.wav", self.path("out/a.prob.wav"))
+        result = self.evaluate("a.wav", "--channel", "c=1", "--annotate", "0", "--output-dir", "out")
+        self.assert_failed(result, "a.wav: two of its outputs would go to out/a.annotated.wav")
+        self.assertEqual(self.read("out/a.annotated.wav"), b"old")
+
+    def test_the_list_of_failures_replaces_no_output(self):
+        for failures in ("out/a.prob.wav", "./out//a.prob.wav", os.fsdecode(self.path("out/a.prob.wav")),
+                         "out/a.annotated.wav"):
+            self.assert_refused(["a.wav", "--output-dir", "out", "--annotate", "0", "--failures", failures],
+                                "two outputs would go to out/a.")
+        self.assert_done(self.evaluate("a.wav", "--channel", "c=1", "--output-dir", "out"))
+        before = self.read("out/a.prob.wav")
+        self.assert_refused(["a.wav", "--output-dir", "out", "--failures", "out/../out/a.prob.wav"],
+                            "two outputs would go to out/a.prob.wav")
+        self.assertEqual(self.read("out/a.prob.wav"), before)
+        self.write("log.properties", b"log4cplus.rootLogger=OFF\n")
+        self.assert_usage_error(self.evaluate("a.wav", "--channel", "c=1", "--log-config", "log.properties",
+                                              "--failures", "log.properties"), "would replace the input log.properties")
 
     def test_no_input_is_replaced(self):
         before = self.read("a.wav")

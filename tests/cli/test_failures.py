@@ -73,8 +73,11 @@ class Failures(CommandTest):
         self.assertEqual(self.read("f.txt"), b"missing.wav\tNo such file or directory\n")
 
     def test_it_replaces_no_input_and_no_other_output(self):
-        for arguments in (["--failures", "a.wav"], ["-o", "t.csv", "--failures", "t.csv"]):
-            self.assert_usage_error(self.features("a.wav", "--feature", "MEAN", *arguments), arguments[-1])
+        for arguments in (["--failures", "a.wav"], ["-o", "t.csv", "--failures", "t.csv"],
+                          ["-o", "./t.csv", "--failures", "t.csv"],
+                          ["--failures", "t.csv", "-o", os.fsdecode(self.path("t.csv"))]):
+            self.assert_usage_error(self.features("a.wav", "--feature", "MEAN", *arguments), "t.csv" if
+                                    "t.csv" in arguments else "a.wav")
         self.assertEqual(self.files(), ["a.wav"])
 
     def test_a_list_that_cannot_be_written_is_told(self):

@@ -233,6 +233,13 @@ class Refused(MergeTest):
         os.rename(self.path("part2.json"), self.path("x.json.json"))
         self.assert_refused("would replace the input x.json", "part1", "x.json", code=2, output="x")
 
+    def test_a_file_that_is_no_manifest_stays(self):
+        parts = self.parts(2, "--feature", "MEAN", "--format", "npy")
+        self.write("merged.json", b'{"mine": 1}')
+        self.assert_refused("merged.json is in the way of the manifest", *parts, code=2)
+        self.assert_done(self.merge(*self.parts(2, "--feature", "MEAN"), "-o", "merged"))
+        self.assertEqual(self.read("merged.json"), b'{"mine": 1}')
+
     def test_parts_without_any_input_that_was_done(self):
         parts = self.parts(2, "--feature", "MEAN", names=["missing.wav", "none.wav", "gone.wav"])
         self.assert_refused("no input was done in any part: there is no table", *parts)

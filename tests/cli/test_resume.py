@@ -292,7 +292,7 @@ class Nothing(ResumeTest):
         self.resume()
         self.write("t.json", self.read("t.json")[:100])
         self.assert_computed("t.json: damaged, or not the manifest of a table: line")
-        self.write("t.json", b"{}")
+        self.write("t.json", b'{\n  "version": 0}')
         self.assert_computed("t.json: damaged, or not the manifest of a table: its format has version 0; this program "
                              "knows version 1")
 
@@ -314,6 +314,9 @@ class ManifestsInStep(ResumeTest):
     def test_another_file_of_that_name_stays(self):
         self.write("t.json", b'{"mine": 1}')
         self.assert_done(self.features(*self.names, "--feature", "MEAN", "-o", "t"))
+        for options in (["--shard", "1/2"], ["--resume"], ["--format", "npy"]):
+            self.assert_usage_error(self.features(*self.names, "--feature", "MEAN", "-o", "t", *options),
+                                    "t.json is in the way of the manifest")
         self.assertEqual(self.read("t.json"), b'{"mine": 1}')
 
 

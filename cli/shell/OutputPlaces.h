@@ -1,0 +1,74 @@
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace Zantrix::Cli {
+
+/// Where the files that a run writes will go: no two of them to one place, and none to that of a file that is read.
+/// Files that exist are told apart by what they are, however their names are written; those that do not, by their
+/// folders and names. Devices and pipes hold nothing that could be lost, and do not count.
+class OutputPlaces {
+public:
+    /// Whose an output is that belongs to no input.
+    static constexpr std::size_t runItself = SIZE_MAX;
+
+    /// What is in the way of an output.
+    struct Taken {
+        std::string path;       ///< where the output was to go
+        std::size_t owner = 0;  ///< whose place that is
+    };
+
+    /// Adds an output of the run itself; "" is standard output.
+    ///
+    /// @throw UsageError  when another output goes there
+    void add(const std::string& path);
+
+    /// Adds the outputs that an input has; all of them, or none.
+    ///
+    /// @param owner  the position of the input
+    /// @return the first one whose place is taken, by the same input perhaps; nothing when all were added
+    /// @throw UsageError  when an output of the run itself goes to one of the places
+    std::optional<Taken> add(const std::vector<std::string>& paths, std::size_t owner);
+
+    /// Whether there is any file that an output would replace.
+    bool replaceAny() const { return !m_files.empty(); }
+
+    /// Makes sure that no output replaces a file that is read; one look at it, whatever the number of outputs.
+    ///
+    /// @throw UsageError  naming both
+    void refuseToReplace(const std::string& input) const;
+
+private:
+    struct FileId {
+        std::uint64_t device = 0;
+        std::uint64_t number = 0;
+
+        auto operator<=>(const FileId&) const = default;
+    };
+
+    // Where an output goes: to a file, or to a new one of this name; neither where nothing can be lost.
+    struct Place {
+        std::optional<FileId> file;
+        std::string name;
+
+        bool counts() const { return file || !name.empty(); }
+        bool operator==(const Place&) const = default;
+    };
+
+    Place locate(const std::string& path);
+    std::optional<std::size_t> holderOf(const Place& place) const;
+
+    std::map<FileId, Taken> m_files;                       // outputs that exist
+    std::unordered_map<std::string, std::size_t> m_names;  // the owners of those that do not
+    std::string m_strFolder;                               // looked at last, as all outputs may go to one
+    FileId m_folder;
+};
+
+}  // namespace Zantrix::Cli
