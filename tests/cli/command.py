@@ -1,13 +1,16 @@
 """Runs the command, and makes the audio files that it is run on."""
 
 import array
+import csv
 import ctypes
+import io
 import math
 import os
 import shutil
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.environ["MURVANE_AUDIO"]
@@ -27,6 +30,12 @@ def measured_environment():
     """For runs whose memory is measured: a sanitizer's own hoard of freed memory is not the command's."""
     options = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:thread_local_quarantine_size_kb=16"
     return os.environ | {"ASAN_OPTIONS": options}
+
+
+def read_csv(data):
+    """The head of a table and its rows."""
+    header, *rows = csv.reader(io.StringIO(data.decode(), newline=""), strict=True)
+    return header, rows
 
 
 def give_up_superuser_rights():
@@ -121,6 +130,30 @@ class CommandTest(unittest.TestCase):
         act(process)
         _, rest = process.communicate(timeout=60)
         return process.returncode, (first + rest).decode().splitlines()
+
+    def start(self, *arguments, **options):
+        """Has the command run beside the test, which ends it if need be."""
+        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
+                                   stderr=subprocess.PIPE, **options)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.addCleanup(process.stderr.close)
+        return process
+
+    def wait_for(self, condition):
+        deadline = time.monotonic() + 60
+        while not condition():
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.01)
+
+    def peak(self, *arguments, code=0, **options):
+        """The largest resident size of a run in MB."""
+        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdout=subprocess.DEVNULL,
+                                   env=measured_environment(), **options)
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        self.assertEqual(process.returncode, code)
+        return usage.ru_maxrss / 1024
 
     def features(self, *arguments, **options):
         return self.run_here("features", *arguments, **options)

@@ -1,13 +1,11 @@
 """Runs murvane-audio evaluate, and takes its outputs apart."""
 
 import array
-import csv
-import io
 import math
 import os
 import wave
 
-from command import CommandTest
+from command import CommandTest, read_csv
 from wav_chunks import annotations_of
 
 BLOCK = 128  # samples: 16 ms at 8000 Hz
@@ -55,5 +53,4 @@ class EvaluateTest(CommandTest):
         """The values that 'features' gives for each window of a file."""
         result = self.features(name, f"--expr=v={formula}", *options)
         self.assertEqual(result.returncode, 0)
-        rows = list(csv.reader(io.StringIO(result.stdout.decode())))
-        return [float(row[2]) for row in rows[1:]]
+        return [float(row[2]) for row in read_csv(result.stdout)[1]]

@@ -4,10 +4,9 @@
 import os
 import signal
 import struct
-import subprocess
 import unittest
 
-from command import PROGRAM, tone, wav_bytes
+from command import tone, wav_bytes
 from evaluation import EvaluateTest, samples_of, stored
 from wav_chunks import adtl, annotated, annotations_of, audio, cue, labl, ltxt, point, riff
 
@@ -292,12 +291,7 @@ class Interrupted(EvaluateTest):
         names = [f"{i}.wav" for i in range(100)]
         for name in names[1:]:
             os.link(self.path("0.wav"), self.path(name))
-        process = subprocess.Popen([PROGRAM, "evaluate", *names, "--channel", "c=zeroCrossingRate(x)", "--log-level",
-                                    "INFO", "--output-dir", "."], cwd=self.folder, stdin=subprocess.DEVNULL,
-                                   stderr=subprocess.PIPE)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        self.addCleanup(process.stderr.close)
+        process = self.start("evaluate", *names, "--channel", "c=zeroCrossingRate(x)", "--log-level", "INFO")
         process.stderr.readline()
         process.send_signal(signal.SIGINT)
         self.assertEqual(process.wait(60), 130)

@@ -1,18 +1,11 @@
 #!/usr/bin/env python3
 """Formulas in the tables of murvane-audio features: --expr."""
 
-import csv
-import io
 import json
 import struct
 import unittest
 
-from command import CommandTest, tone, wav_bytes
-
-
-def read_csv(data):
-    header, *rows = csv.reader(io.StringIO(data.decode(), newline=""), strict=True)
-    return header, rows
+from command import CommandTest, tone, wav_bytes, read_csv
 
 
 def column(table, name):

@@ -5,13 +5,11 @@ import json
 import os
 import pty
 import signal
-import struct
 import subprocess
-import threading
 import time
 import unittest
 
-from command import PROGRAM, CommandTest, flac_bytes, measured_environment, tone, wav_bytes
+from command import PROGRAM, CommandTest, flac_bytes, tone, wav_bytes
 
 JOBS = ("1", "2", "7")
 
@@ -197,23 +195,9 @@ class Ends(CommandTest):
         self.write_silence("hour.wav", 3600)
         self.write("old.csv", b"old")
 
-    def start(self, *arguments, **options):
-        process = subprocess.Popen([PROGRAM, "features", *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
-                                   stderr=subprocess.PIPE, **options)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        self.addCleanup(process.stderr.close)
-        return process
-
-    def wait_for(self, condition):
-        deadline = time.monotonic() + 60
-        while not condition():
-            self.assertLess(time.monotonic(), deadline)
-            time.sleep(0.01)
-
     def test_interrupted_runs_leave_nothing(self):
         for options in (["-o", "old.csv"], ["--format", "npy", "-o", "new.npy"]):
-            process = self.start(*["hour.wav"] * 300, "--feature", "SPECTRUM100HZ", "--jobs", "4", *options)
+            process = self.start("features", *["hour.wav"] * 300, "--feature", "SPECTRUM100HZ", "--jobs", "4", *options)
             self.wait_for(lambda: any(os.path.getsize(self.path(name)) > 0 for name in self.files()
                                       if ".tmp-" in name and ".json" not in name))
             process.send_signal(signal.SIGINT)
@@ -225,14 +209,16 @@ class Ends(CommandTest):
     def test_threads_that_wait_for_pipes_are_woken(self):
         for i in range(3):
             os.mkfifo(self.path(f"pipe{i}"))
-        process = self.start("pipe0", "pipe1", "pipe2", "--feature", "MEAN", "--jobs", "3", stdout=subprocess.DEVNULL)
+        process = self.start("features", "pipe0", "pipe1", "pipe2", "--feature", "MEAN", "--jobs", "3",
+                             stdout=subprocess.DEVNULL)
         time.sleep(0.5)
         process.send_signal(signal.SIGINT)
         self.assertEqual(process.wait(30), 130)
         self.assertTrue(process.stderr.read().endswith(b"murvane-audio: interrupted\n"))
 
     def test_a_thread_whose_reader_does_not_read_is_woken(self):
-        process = self.start(*["hour.wav"] * 10, "--feature", "MEAN", "--jobs", "3", stdout=subprocess.PIPE)
+        process = self.start("features", *["hour.wav"] * 10, "--feature", "MEAN", "--jobs", "3",
+                             stdout=subprocess.PIPE)
         self.addCleanup(process.stdout.close)
         process.stdout.read(1)
         time.sleep(0.5)
@@ -240,7 +226,8 @@ class Ends(CommandTest):
         self.assertEqual(process.wait(30), 130)
 
     def test_a_reader_that_goes_away_ends_all_threads(self):
-        process = self.start(*["hour.wav"] * 50, "--feature", "SPECTRUM100HZ", "--jobs", "3", stdout=subprocess.PIPE)
+        process = self.start("features", *["hour.wav"] * 50, "--feature", "SPECTRUM100HZ", "--jobs", "3",
+                             stdout=subprocess.PIPE)
         self.assertTrue(process.stdout.read(10).startswith(b"file,time,"))
         process.stdout.close()
         self.assertEqual(process.wait(60), 1)
@@ -277,19 +264,11 @@ class Shown(CommandTest):
 
 
 class Memory(CommandTest):
-    def peak(self, *arguments):
-        """The largest resident size in MB."""
-        process = subprocess.Popen([PROGRAM, "features", *arguments], cwd=self.folder, stdout=subprocess.DEVNULL,
-                                   env=measured_environment())
-        _, status, usage = os.wait4(process.pid, 0)
-        process.returncode = os.waitstatus_to_exitcode(status)
-        self.assertEqual(process.returncode, 0)
-        return usage.ru_maxrss / 1024
-
     def test_it_does_not_grow_with_the_number_of_files(self):
         self.write_wav("a.wav", 1000)
-        few = self.peak(*["a.wav"] * 2000, "--feature", "SPECTRUM100HZ", "--jobs", "3")  # all buffers are full
-        many = self.peak(*["a.wav"] * 10000, "--feature", "SPECTRUM100HZ", "--jobs", "3")
+        options = ("--feature", "SPECTRUM100HZ", "--jobs", "3")
+        few = self.peak("features", *["a.wav"] * 2000, *options)  # all buffers are full
+        many = self.peak("features", *["a.wav"] * 10000, *options)
         self.assertLess(many - few, 8)
 
     def test_it_does_not_grow_with_the_length_of_files(self):
@@ -297,8 +276,8 @@ class Memory(CommandTest):
         self.write_silence("minutes.wav", 600)
         self.write_silence("hour.wav", 3600)
         for options in (["SPECTRUM500HZ"], ["SPECTRUM500HZ", "--format", "npy", "-o", "t.npy"]):
-            minutes = self.peak(*["minutes.wav"] * 6, "--jobs", "3", "--feature", *options)
-            hours = self.peak(*["hour.wav"] * 6, "--jobs", "3", "--feature", *options)
+            minutes = self.peak("features", *["minutes.wav"] * 6, "--jobs", "3", "--feature", *options)
+            hours = self.peak("features", *["hour.wav"] * 6, "--jobs", "3", "--feature", *options)
             self.assertLess(hours - minutes, 30)
 
 

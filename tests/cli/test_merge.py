@@ -109,16 +109,9 @@ class Merge(MergeTest):
         self.assertNotIn("shard", manifest)
 
     def test_memory_does_not_grow_with_the_parts(self):
-        def peak(*arguments):
-            process = subprocess.Popen([PROGRAM, "merge", *arguments], cwd=self.folder)
-            _, status, usage = os.wait4(process.pid, 0)
-            process.returncode = os.waitstatus_to_exitcode(status)
-            self.assertEqual(process.returncode, 0)
-            return usage.ru_maxrss / 1024
-
-        small = peak(*self.parts(2, "--feature", "MEAN"), "-o", "t")
+        small = self.peak("merge", *self.parts(2, "--feature", "MEAN"), "-o", "t")
         self.write_silence("hour.wav", 3600)
-        large = peak(*self.parts(2, "--feature", "SPECTRUM100HZ", names=["hour.wav"] * 2), "-o", "t")
+        large = self.peak("merge", *self.parts(2, "--feature", "SPECTRUM100HZ", names=["hour.wav"] * 2), "-o", "t")
         self.assertGreater(os.path.getsize(self.path("t")), 30 << 20)
         self.assertLess(large - small, 8)
 

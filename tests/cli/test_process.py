@@ -10,7 +10,7 @@ import subprocess
 import time
 import unittest
 
-from command import PROGRAM, CommandTest, measured_environment
+from command import PROGRAM, CommandTest
 
 
 class Interrupted(CommandTest):
@@ -19,20 +19,9 @@ class Interrupted(CommandTest):
         self.write_silence("hour.wav", 3600)
         self.write("old.csv", b"old")
 
-    def start(self, *arguments, **options):
-        # Enough inputs to go on for much longer than the test takes.
-        process = subprocess.Popen([PROGRAM, *arguments, *["hour.wav"] * 500], cwd=self.folder,
-                                   stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, **options)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        self.addCleanup(process.stderr.close)
-        return process
-
-    def wait_for(self, condition):
-        deadline = time.monotonic() + 60
-        while not condition():
-            self.assertLess(time.monotonic(), deadline)
-            time.sleep(0.01)
+    def start_long(self, *arguments, **options):
+        """A run over enough inputs to go on for much longer than the test takes."""
+        return self.start(*arguments, *["hour.wav"] * 500, **options)
 
     def assert_ends(self, process, *lines):
         self.assertEqual(process.wait(30), 130)
@@ -41,7 +30,7 @@ class Interrupted(CommandTest):
     def test_the_output_is_left_as_it_was_and_temporaries_are_gone(self):
         for number in (signal.SIGINT, signal.SIGTERM):
             for options in (["-o", "old.csv"], ["-o", "new.csv"], ["--format", "npy", "-o", "new.npy"]):
-                process = self.start("features", "--feature", "SPECTRUM", *options)
+                process = self.start_long("features", "--feature", "SPECTRUM", *options)
                 self.wait_for(lambda: any(os.path.getsize(self.path(name)) > 0 for name in self.files()
                                           if ".tmp-" in name and ".json" not in name))
                 process.send_signal(number)
@@ -51,14 +40,14 @@ class Interrupted(CommandTest):
 
     def test_standard_output_ends_with_a_whole_line(self):
         with open(self.path("out"), "wb") as out:
-            process = self.start("features", "--feature", "MEAN", stdout=out)
+            process = self.start_long("features", "--feature", "MEAN", stdout=out)
             self.wait_for(lambda: os.path.getsize(self.path("out")) > 0)
             process.send_signal(signal.SIGINT)
             self.assert_ends(process, "murvane-audio: interrupted")
         self.assertTrue(self.read("out").endswith(b",0\n"))
 
     def test_a_reader_that_does_not_read_keeps_nobody(self):
-        process = self.start("features", "--feature", "MEAN", stdout=subprocess.PIPE)
+        process = self.start_long("features", "--feature", "MEAN", stdout=subprocess.PIPE)
         self.addCleanup(process.stdout.close)
         select.select([process.stdout], [], [], 60)
         time.sleep(0.5)
@@ -66,7 +55,7 @@ class Interrupted(CommandTest):
         self.assertEqual(process.wait(30), 130)
 
     def test_info_stops_as_well(self):
-        process = self.start("info", "-o", "new.txt", "--log-level", "DEBUG")
+        process = self.start_long("info", "-o", "new.txt", "--log-level", "DEBUG")
         process.stderr.readline()
         process.send_signal(signal.SIGINT)
         self.assertEqual(process.wait(30), 130)
@@ -146,15 +135,6 @@ class Terminal(CommandTest):
 
 
 class Resources(CommandTest):
-    def peak(self, *arguments):
-        """The largest resident size in MB."""
-        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdout=subprocess.DEVNULL,
-                                   env=measured_environment())
-        _, status, usage = os.wait4(process.pid, 0)
-        process.returncode = os.waitstatus_to_exitcode(status)
-        self.assertEqual(process.returncode, 0)
-        return usage.ru_maxrss / 1024
-
     def test_memory_does_not_grow_with_the_length_of_a_file(self):
         self.write_silence("minute.wav", 60)
         self.write_silence("hour.wav", 3600)

@@ -2,20 +2,13 @@
 """The tables that murvane-audio features writes: CSV and NPY."""
 
 import ast
-import csv
-import io
 import json
 import math
 import os
 import struct
 import unittest
 
-from command import CommandTest, flac_bytes, tone, wav_bytes
-
-
-def read_csv(data):
-    header, *rows = csv.reader(io.StringIO(data.decode(), newline=""), strict=True)
-    return header, rows
+from command import CommandTest, flac_bytes, tone, wav_bytes, read_csv
 
 
 def read_npy(data):
