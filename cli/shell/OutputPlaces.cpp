@@ -2,8 +2,9 @@
 
 #include "Command.h"
 
-#include <algorithm>
+#include <filesystem>
 #include <sys/stat.h>
+#include <utility>
 
 namespace Zantrix::Cli {
 
@@ -17,20 +18,26 @@ std::optional<OutputPlaces::Taken> OutputPlaces::add(const std::vector<std::stri
     std::vector<Place> places;
     for (const std::string& path : paths) {
         places.push_back(locate(path));
-        const bool isTwice = std::count(places.begin(), places.end(), places.back()) > 1;
-        const auto holder = isTwice ? std::optional(owner) : holderOf(places.back());
-        if (holder && places.back().counts()) {
-            if (*holder == runItself) {
+        const std::string& key = places.back().key;
+        if (key.empty()) {
+            continue;
+        }
+        const auto [taken, isNew] = m_owners.emplace(key, owner);
+        if (!isNew) {
+            const Taken inTheWay{path, taken->second};
+            places.pop_back();
+            for (const Place& place : places) {
+                m_owners.erase(place.key);
+            }
+            if (inTheWay.owner == runItself) {
                 throw UsageError("two outputs would go to " + path);
             }
-            return Taken{path, *holder};
+            return inTheWay;
         }
     }
     for (std::size_t i = 0; i < paths.size(); ++i) {
         if (places[i].file) {
-            m_files.emplace(*places[i].file, Taken{paths[i], owner});
-        } else if (places[i].counts()) {
-            m_names.emplace(std::move(places[i].name), owner);
+            m_files.emplace(*places[i].file, paths[i]);
         }
     }
     return std::nullopt;
@@ -42,36 +49,39 @@ void OutputPlaces::refuseToReplace(const std::string& input) const {
         return;
     }
     if (const auto found = m_files.find({status.st_dev, status.st_ino}); found != m_files.end()) {
-        throw UsageError("the output " + found->second.path + " would replace the input " + input);
+        throw UsageError("the output " + found->second + " would replace the input " + input);
     }
 }
 
 OutputPlaces::Place OutputPlaces::locate(const std::string& path) {
     struct stat status {};
-    if (::stat(path.c_str(), &status) == 0) {
-        return S_ISREG(status.st_mode) ? Place{FileId{status.st_dev, status.st_ino}, {}} : Place{};
+    if (::lstat(path.c_str(), &status) != 0) {
+        return {keyOf(path), std::nullopt};
     }
+    std::string target = path;
+    if (S_ISLNK(status.st_mode)) {
+        namespace fs = std::filesystem;
+        std::error_code ignored;
+        if (::stat(path.c_str(), &status) != 0) {
+            return {keyOf(fs::path(path).parent_path() / fs::read_symlink(path, ignored)), std::nullopt};
+        }
+        target = fs::canonical(path, ignored).string();
+    }
+    return S_ISREG(status.st_mode) ? Place{keyOf(target), FileId{status.st_dev, status.st_ino}} : Place{};
+}
+
+// Empty where there is no folder: nothing can be written there.
+std::string OutputPlaces::keyOf(const std::string& path) {
     const std::size_t nameStart = path.rfind('/') + 1;  // 0 when there is none
     const std::string folder = nameStart == 0 ? "." : path.substr(0, nameStart);
     if (folder != m_strFolder) {
+        struct stat status {};
         m_strFolder = folder;
-        const bool isThere = ::stat(folder.c_str(), &status) == 0;
-        m_folder = isThere ? FileId{status.st_dev, status.st_ino} : FileId{};
+        m_folder = ::stat(folder.c_str(), &status) == 0 ? FileId{status.st_dev, status.st_ino} : FileId{};
     }
-    // Nothing can be written where there is no folder.
     return m_folder == FileId{}
-               ? Place{}
-               : Place{std::nullopt,
-                       std::string(reinterpret_cast<const char*>(&m_folder), sizeof m_folder) + path.substr(nameStart)};
-}
-
-std::optional<std::size_t> OutputPlaces::holderOf(const Place& place) const {
-    if (place.file) {
-        const auto found = m_files.find(*place.file);
-        return found == m_files.end() ? std::nullopt : std::optional(found->second.owner);
-    }
-    const auto found = m_names.find(place.name);
-    return found == m_names.end() ? std::nullopt : std::optional(found->second);
+               ? ""
+               : std::string(reinterpret_cast<const char*>(&m_folder), sizeof m_folder) + path.substr(nameStart);
 }
 
 }  // namespace Zantrix::Cli

@@ -12,8 +12,9 @@
 namespace Zantrix::Cli {
 
 /// Where the files that a run writes will go: no two of them to one place, and none to that of a file that is read.
-/// Files that exist are told apart by what they are, however their names are written; those that do not, by their
-/// folders and names. Devices and pipes hold nothing that could be lost, and do not count.
+/// A place is a folder, whatever it is called, and a name in it, links followed; names of one file that is there are
+/// places of their own, as the file is replaced, not written to. Devices and pipes hold nothing that could be lost,
+/// and do not count.
 class OutputPlaces {
 public:
     /// Whose an output is that belongs to no input.
@@ -53,21 +54,17 @@ private:
         auto operator<=>(const FileId&) const = default;
     };
 
-    // Where an output goes: to a file, or to a new one of this name; neither where nothing can be lost.
     struct Place {
-        std::optional<FileId> file;
-        std::string name;
-
-        bool counts() const { return file || !name.empty(); }
-        bool operator==(const Place&) const = default;
+        std::string key;             // the folder and the name; "" for what does not count
+        std::optional<FileId> file;  // that is there
     };
 
     Place locate(const std::string& path);
-    std::optional<std::size_t> holderOf(const Place& place) const;
+    std::string keyOf(const std::string& path);
 
-    std::map<FileId, Taken> m_files;                       // outputs that exist
-    std::unordered_map<std::string, std::size_t> m_names;  // the owners of those that do not
-    std::string m_strFolder;                               // looked at last, as all outputs may go to one
+    std::unordered_map<std::string, std::size_t> m_owners;  // of places
+    std::map<FileId, std::string> m_files;                  // that would be replaced, and by which output
+    std::string m_strFolder;                                // looked at last, as all outputs may go to one
     FileId m_folder;
 };
 

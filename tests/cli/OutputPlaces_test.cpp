@@ -21,10 +21,15 @@ std::atomic<std::size_t> g_looks = 0;
 
 }  // namespace
 
-// In place of the system's: counts how often the command looks at a file.
+// In place of those of the system: count how often the command looks at a file.
 extern "C" int stat(const char* path, struct stat* pStatus) noexcept {
     ++g_looks;
     return ::fstatat(AT_FDCWD, path, pStatus, 0);
+}
+
+extern "C" int lstat(const char* path, struct stat* pStatus) noexcept {
+    ++g_looks;
+    return ::fstatat(AT_FDCWD, path, pStatus, AT_SYMLINK_NOFOLLOW);
 }
 
 namespace Zantrix::Cli {
@@ -82,7 +87,27 @@ TEST_F(OutputPlacesTest, NewFilesAreToldApartByFolderAndName) {
     EXPECT_FALSE(places.replaceAny());
 }
 
-TEST_F(OutputPlacesTest, FilesThatExistAreToldApartByWhatTheyAre) {
+TEST_F(OutputPlacesTest, LinksAreFollowed) {
+    write("a");
+    fs::create_symlink("a", path("b"));
+    fs::create_symlink(path("new"), path("c"));
+    OutputPlaces places;
+    places.add(path("b"));
+    places.add(path("c"));
+    for (const char* name : {"a", "b", "c", "new"}) {
+        EXPECT_EQ(refusalOf([&] { places.add(path(name)); }), "two outputs would go to " + path(name));
+    }
+}
+
+TEST_F(OutputPlacesTest, TwoNamesOfOneFileAreTwoPlaces) {
+    write("a");
+    fs::create_hard_link(path("a"), path("b"));
+    OutputPlaces places;
+    places.add(path("a"));
+    EXPECT_EQ(refusalOf([&] { places.add(path("b")); }), "");
+}
+
+TEST_F(OutputPlacesTest, NoNameOfAFileThatIsReadIsReplaced) {
     write("a");
     fs::create_symlink("a", path("b"));
     fs::create_hard_link(path("a"), path("c"));
@@ -90,7 +115,6 @@ TEST_F(OutputPlacesTest, FilesThatExistAreToldApartByWhatTheyAre) {
         OutputPlaces places;
         places.add(path("a"));
         EXPECT_TRUE(places.replaceAny());
-        EXPECT_EQ(refusalOf([&] { places.add(path(name)); }), "two outputs would go to " + path(name));
         EXPECT_EQ(refusalOf([&] { places.refuseToReplace(path(name)); }),
                   "the output " + path("a") + " would replace the input " + path(name));
         EXPECT_EQ(refusalOf([&] { places.refuseToReplace(path("none")); }), "");
@@ -136,7 +160,8 @@ TEST_F(OutputPlacesTest, EachInputIsLookedAtOnceHoweverManyOutputsThereAre) {
     for (std::size_t i = 0; i < count; ++i) {
         EXPECT_FALSE(places.add({outputs[i]}, i));
     }
-    EXPECT_EQ(g_looks, count);
+    EXPECT_LE(g_looks, count + 1);  // and the folder
+    EXPECT_GE(g_looks, count);
     g_looks = 0;
     inputs.refuseToOverwrite(places);
     EXPECT_LE(g_looks, count + 1);  // and the list
