@@ -16,6 +16,7 @@ Outcome CopiedRows::deliver() {
         }
     }
     m_input.firstTime = rows.firstTime;
+    m_input.digest = rows.digest;
     const bool isCopied = m_table.beginInput(m_input) && m_table.copyRows(m_input, rows) && m_table.endInput(m_input);
     return isCopied ? Outcome::Done : Outcome::OutputFailed;
 }

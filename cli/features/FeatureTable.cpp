@@ -30,7 +30,7 @@ bool FeatureTable::endInput(const TableInput& input) {
     if (!m_pColumns) {
         m_pColumns = input.pColumns;
     }
-    return m_writer.endInput(input.firstTime);
+    return m_writer.endInput(input.firstTime, input.digest);
 }
 
 bool FeatureTable::dropInput() {

@@ -17,9 +17,11 @@ struct TableInput {
     std::uint64_t rate = 0;                          ///< in Hz
     std::shared_ptr<const FeatureColumns> pColumns;  ///< for this rate
     double firstTime = 0.0;                          ///< of the first row, in seconds
+    std::uint64_t digest = c_uiNoDigest;             ///< of the bytes of all rows
 };
 
-/// The table that all inputs of a run share. It is touched by one of them at a time, in its turn.
+/// The table that all inputs of a run share. It is touched by one of them at a time, in its turn, but for what says
+/// otherwise.
 ///
 /// Its columns are those of the first input that has rows; another one must have the same to stand in it.
 class FeatureTable {
@@ -41,9 +43,12 @@ public:
     /// How many bytes there are so far.
     std::uint64_t position() const { return m_writer.position(); }
 
+    /// Whether `endInput` wants to be told a digest. May be asked out of turn.
+    bool wantsDigests() const { return m_writer.hasManifest(); }
+
     bool endInput(const TableInput& input);
 
-    /// Whether rows that were added can be withdrawn in any case.
+    /// Whether rows that were added can be withdrawn in any case. May be asked out of turn.
     bool canDrop() const { return m_writer.canDrop(); }
 
     /// Withdraws the rows of the input begun last; false when some have left already.

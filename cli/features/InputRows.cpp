@@ -22,6 +22,9 @@ bool InputRows::start(double firstTime) {
 }
 
 bool InputRows::take(std::string_view bytes, std::size_t rows) {
+    if (m_table.wantsDigests()) {
+        m_digest.add(bytes);  // here and not in turn: threads do it at the same time
+    }
     if (m_eState == State::Holding) {
         if (!m_turn.hasCome()) {
             if (m_held.append(bytes)) {
@@ -81,6 +84,7 @@ Outcome InputRows::deliver() {
         return Outcome::OutputFailed;
     }
     if (m_bDone && m_eState == State::Passing) {
+        m_input.digest = m_digest.value();
         return m_table.endInput(m_input) ? Outcome::Done : Outcome::OutputFailed;
     }
     if (m_eState == State::Passing && !(m_table.canDrop() && m_table.dropInput())) {

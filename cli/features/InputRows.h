@@ -4,6 +4,7 @@
 #include "features/FeatureTable.h"
 #include "features/RowEncoder.h"
 #include "shell/Diagnostics.h"
+#include "shell/Digest.h"
 
 #include <cstddef>
 #include <string_view>
@@ -53,6 +54,7 @@ private:
     bool m_bSettled = false;  // that the rows fit
     bool m_bDone = false;
     State m_eState = State::Holding;
+    Digest m_digest;  // of all bytes so far
     HeldBytes m_held;
     std::size_t m_uiHeldRows = 0;
 };

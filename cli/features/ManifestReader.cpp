@@ -2,10 +2,12 @@
 
 #include "Command.h"
 #include "features/TableHead.h"
+#include "shell/Digest.h"
 #include "shell/JsonCursor.h"
 #include "shell/Text.h"
 
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <fcntl.h>
@@ -124,6 +126,16 @@ Shard readShard(JsonCursor& cursor) {
     return shard;
 }
 
+std::uint64_t readDigest(JsonCursor& cursor) {
+    const std::string hex = cursor.readString();
+    std::uint64_t digest = 0;
+    const auto [end, error] = std::from_chars(hex.data(), hex.data() + hex.size(), digest, 16);
+    if (error != std::errc() || Digest::hexOf(digest) != hex) {
+        cursor.fail("sixteen hexadecimal digits are needed here");
+    }
+    return digest;
+}
+
 TableEntry readEntry(JsonCursor& cursor) {
     TableEntry entry;
     readObject(cursor, [&](const std::string& key) {
@@ -143,6 +155,8 @@ TableEntry readEntry(JsonCursor& cursor) {
             entry.byteCount = readCount(cursor);
         } else if (key == "first_time_s" && cursor.peek() != 'n') {
             entry.firstTime = cursor.readNumber();
+        } else if (key == "rows_digest") {
+            entry.digest = readDigest(cursor);
         } else {
             cursor.skipValue();
         }

@@ -77,7 +77,8 @@ PreviousTable::PreviousTable(const std::string& path, const ManifestReader& mani
     manifest.forEach([&](const TableEntry& entry) {
         if (entry.isDone) {
             const std::uint64_t size = rowSize > 0 ? entry.rowCount * rowSize : entry.byteCount;
-            m_items.push_back({Key(entry.name), {offset, size, entry.rowCount, entry.rate, entry.firstTime}});
+            m_items.push_back(
+                {Key(entry.name), {offset, size, entry.rowCount, entry.rate, entry.firstTime, entry.digest}});
             offset += size;
         }
     });

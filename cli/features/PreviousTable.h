@@ -26,6 +26,7 @@ public:
         std::uint64_t rowCount = 0;
         std::uint64_t rate = 0;
         double firstTime = 0.0;
+        std::uint64_t digest = c_uiNoDigest;
     };
 
     /// Opens what stands where a table is to go. When nothing can be taken over from there, a warning says why, unless

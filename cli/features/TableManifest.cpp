@@ -1,5 +1,6 @@
 #include "features/TableManifest.h"
 
+#include "shell/Digest.h"
 #include "shell/Text.h"
 
 #include <fcntl.h>
@@ -114,6 +115,9 @@ std::string ManifestWriter::textOf(const TableEntry& entry) const {
             ", \"first_time_s\": " + (entry.rowCount == 0 ? "null" : jsonNumber(entry.firstTime));
     if (m_definition.format == "csv") {
         text += ", \"byte_count\": " + std::to_string(entry.byteCount);
+    }
+    if (entry.rowCount > 0 && entry.digest != c_uiNoDigest) {
+        text += ", \"rows_digest\": \"" + Digest::hexOf(entry.digest) + '"';
     }
     return text + '}';
 }

@@ -55,6 +55,9 @@ struct TableTarget {
     std::string manifestPath() const { return manifestPathOf(path); }
 };
 
+/// In place of the digest of rows that nobody knows; no digest is as large.
+inline constexpr std::uint64_t c_uiNoDigest = UINT64_MAX;
+
 /// What a table holds of one input. Inputs that failed are told of in shards only.
 struct TableEntry {
     std::string name;
@@ -63,7 +66,8 @@ struct TableEntry {
     std::uint64_t firstRow = 0;
     std::uint64_t rowCount = 0;
     std::uint64_t byteCount = 0;
-    double firstTime = 0.0;  ///< of the first row, in seconds
+    double firstTime = 0.0;               ///< of the first row, in seconds
+    std::uint64_t digest = c_uiNoDigest;  ///< of the bytes of the rows, see `Digest`
 };
 
 /// Writes the file, input by input.

@@ -1,5 +1,6 @@
 #include "features/TableParts.h"
 
+#include "shell/Digest.h"
 #include "shell/Interrupt.h"
 #include "shell/Text.h"
 
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -21,24 +23,64 @@ constexpr std::size_t c_uiPieceSize = std::size_t(1) << 20;
     throw TableError(part.path + ": " + why);
 }
 
-// Copies the rest of a file.
-bool copyRest(int descriptor, std::uint64_t size, const TablePart& part, Output& output) {
-    std::vector<char> piece(c_uiPieceSize);
-    while (size > 0 && !Interrupt::requested()) {
-        const ssize_t count = ::read(descriptor, piece.data(), std::min<std::uint64_t>(size, piece.size()));
-        if (count < 0 && errno == EINTR) {
-            continue;
+// The rows of a part, from the first on.
+class RowReader {
+public:
+    explicit RowReader(const TablePart& part)
+        : m_part(part), m_iDescriptor(::open(part.path.c_str(), O_RDONLY | O_CLOEXEC)), m_piece(c_uiPieceSize) {
+        if (m_iDescriptor < 0) {
+            refuse(part, std::strerror(errno));
         }
-        if (count <= 0) {
-            refuse(part, count < 0 ? std::strerror(errno) : "has become shorter");
+        ::lseek(m_iDescriptor, static_cast<off_t>(headOf(part.summary).size()), SEEK_SET);
+    }
+
+    ~RowReader() { ::close(m_iDescriptor); }
+    RowReader(const RowReader&) = delete;
+    RowReader& operator=(const RowReader&) = delete;
+
+    // Copies the next bytes, those of all rows of an input, which must be what the manifest says.
+    bool copy(const TableEntry& entry, std::uint64_t size, Output& output) {
+        Digest digest;
+        while (size > 0) {
+            if (m_rest.empty() && !fill()) {
+                return false;
+            }
+            const std::string_view bytes = m_rest.substr(0, size);
+            digest.add(bytes);
+            if (!output.write(bytes.data(), bytes.size())) {
+                return false;
+            }
+            m_rest.remove_prefix(bytes.size());
+            size -= bytes.size();
         }
-        if (!output.write(piece.data(), static_cast<std::size_t>(count))) {
+        if (entry.digest != c_uiNoDigest && entry.digest != digest.value()) {
+            refuse(m_part, "the rows of " + entry.name + " are not those that its manifest tells of");
+        }
+        return true;
+    }
+
+private:
+    // False when the run is to end.
+    bool fill() {
+        ssize_t count = -1;
+        do {
+            count = Interrupt::requested() ? -1 : ::read(m_iDescriptor, m_piece.data(), m_piece.size());
+        } while (count < 0 && errno == EINTR && !Interrupt::requested());
+        if (Interrupt::requested()) {
             return false;
         }
-        size -= static_cast<std::uint64_t>(count);
+        if (count <= 0) {
+            refuse(m_part, count < 0 ? std::strerror(errno) : "has become shorter");
+        }
+        m_rest = {m_piece.data(), static_cast<std::size_t>(count)};
+        return true;
     }
-    return size == 0;
-}
+
+    const TablePart& m_part;
+    int m_iDescriptor;
+    std::vector<char> m_piece;
+    std::string_view m_rest;  // of the piece
+};
 
 }  // namespace
 
@@ -123,23 +165,16 @@ void TableParts::addUp() {
 
 bool TableParts::writeTable(Output& output) const {
     const std::string head = headOf(m_whole);
-    if (!output.write(head.data(), head.size())) {
-        return false;
-    }
+    bool isWritten = output.write(head.data(), head.size());
+    const bool isNpy = m_whole.definition.format == "npy";
     for (const TablePart& part : m_parts) {
-        const int descriptor = ::open(part.path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (descriptor < 0) {
-            refuse(part, std::strerror(errno));
-        }
-        const std::uint64_t headSize = headOf(part.summary).size();
-        ::lseek(descriptor, static_cast<off_t>(headSize), SEEK_SET);
-        const bool isCopied = copyRest(descriptor, part.summary.byteCount - headSize, part, output);
-        ::close(descriptor);
-        if (!isCopied) {
-            return false;
-        }
+        RowReader rows(part);
+        const std::uint64_t rowSize = part.summary.columns ? part.summary.columns->size() * sizeof(double) : 0;
+        part.manifest.forEach([&](const TableEntry& entry) {
+            isWritten = isWritten && rows.copy(entry, isNpy ? entry.rowCount * rowSize : entry.byteCount, output);
+        });
     }
-    return true;
+    return isWritten;
 }
 
 bool TableParts::writeManifest(ManifestWriter& writer) const {

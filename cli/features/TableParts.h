@@ -31,7 +31,7 @@ public:
     /// Writes the whole table.
     ///
     /// @return false when the output fails, and when `Interrupt::requested()`
-    /// @throw TableError  when a part can no longer be read
+    /// @throw TableError  when a part can no longer be read, or its rows are not those that its manifest tells of
     bool writeTable(Output& output) const;
 
     /// Writes what belongs into the manifest of the whole table.

@@ -54,8 +54,9 @@ bool TableWriter::copyRows(const PreviousTable::Rows& rows) {
     return m_output.copy(rows.offset, rows.byteCount);
 }
 
-bool TableWriter::endInput(double firstTime) {
+bool TableWriter::endInput(double firstTime, std::uint64_t digest) {
     m_entry.firstTime = firstTime;
+    m_entry.digest = digest;
     m_uiRows += m_entry.rowCount;
     ++(m_bIsCopy ? m_uiCopied : m_uiComputed);
     if (!m_manifest) {

@@ -42,7 +42,11 @@ public:
     std::uint64_t position() const { return m_output.position(); }
 
     /// @param firstTime  the audio time of the first row in seconds, if there is one
-    bool endInput(double firstTime);
+    /// @param digest     of the bytes of all rows; `c_uiNoDigest` if nobody knows
+    bool endInput(double firstTime, std::uint64_t digest);
+
+    /// Whether digests are wanted.
+    bool hasManifest() const { return m_manifest.has_value(); }
 
     /// Whether `dropInput` can be relied on.
     bool canDrop() const { return m_output.output().isFile(); }

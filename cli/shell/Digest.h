@@ -16,9 +16,13 @@ public:
     std::uint64_t value() const;
 
     /// Sixteen hexadecimal digits of it.
-    std::string hex() const;
+    std::string hex() const { return hexOf(value()); }
+
+    /// Those of a value that was kept.
+    static std::string hexOf(std::uint64_t value);
 
 private:
+    void addSlowly(std::string_view bytes);
     void addWord(std::uint64_t word);
 
     std::uint64_t m_uiValue = 0;

@@ -186,6 +186,19 @@ class Refused(MergeTest):
             os.remove(self.path("part2"))
             self.assert_refused("part2: No such file or directory", *parts)
 
+    def test_rows_that_were_changed(self):
+        for options in FORMATS:
+            parts = self.parts(2, "--feature", "MEAN", *options)
+            whole = self.read("part2")
+            manifest = json.loads(self.read("part2.json"))
+            start = len(whole) - manifest["row_count"] * 8 if "npy" in options else whole.index(b"\n") + 1
+            for place in (start, (start + len(whole)) // 2, len(whole) - 2):
+                self.write("part2", whole[:place] + bytes([whole[place] ^ 1]) + whole[place + 1:])
+                self.assert_refused(r"part2: the rows of [4-7]\.wav are not those that its manifest tells of", *parts)
+            self.write("part2", whole)
+            self.write("part2.json", re.sub(rb', "rows_digest": "[0-9a-f]{16}"', b"", self.read("part2.json")))
+            self.assert_done(self.merge(*parts, "-o", "t"))  # as programs that knew no digests wrote it
+
     def test_manifests_that_were_cut_or_changed(self):
         parts = self.parts(2, "--feature", "MEAN")
         whole = self.read("part2.json")
@@ -196,7 +209,7 @@ class Refused(MergeTest):
                          (b'"byte_count": ', b'"byte_count": 1'), (b'"columns": ["MEAN"]', b'"columns": null'),
                          (b'"version": 1', b'"version": 2'), (b'"index": 2', b'"index": 3'), (b'"MEAN"]', b'"MEAN", 3]'),
                          (b'"count": 2}', b'"count": 1e300}'), (b'"rate_hz": 8000', b'"rate_hz": -8000'),
-                         (b'"status": "ok"', b'"status": ["ok"]'), (b"\n}\n", b"\n}\n}"), (b'"name": "', b'"name": "\xff')):
+                         (b'"status": "ok"', b'"status": ["ok"]'), (b"\n}\n", b"\n}\n}"), (b', "rows_digest": "', b', "rows_digest": "0'), (b'"name": "', b'"name": "\xff')):
             self.assertIn(old, whole)
             self.write("part2.json", whole.replace(old, new, 1))
             self.assert_refused(r"part2\.json: damaged, or not the manifest of a table: ", *parts)

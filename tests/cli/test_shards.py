@@ -9,7 +9,7 @@ import subprocess
 import time
 import unittest
 
-from command import PROGRAM, CommandTest, tone, wav_bytes
+from command import PROGRAM, CommandTest, digest_of, tone, wav_bytes
 from test_table import read_csv, read_npy
 
 
@@ -52,18 +52,20 @@ class Shards(CommandTest):
         self.assertEqual(lists["count"], 4)
         self.assertRegex(lists["digest"], "^[0-9a-f]{16}$")
         lines = table.split(b"\n")
-        rows = [sum(line.startswith(name + b",") for line in lines) for name in (b"0.wav", b"1.wav")]
-        sizes = [sum(len(line) + 1 for line in lines if line.startswith(name + b",")) for name in (b"0.wav", b"1.wav")]
+        texts = [[line + b"\n" for line in lines if line.startswith(name + b",")] for name in (b"0.wav", b"1.wav")]
+        rows = [len(text) for text in texts]
+        sizes = [sum(len(line) for line in text) for text in texts]
+        digests = [digest_of(b"".join(text)) for text in texts]
         self.assertEqual(manifest, {
             "version": 1, "format": "csv", "columns": ["MEAN", "z"],
             "computed": [{"feature": "MEAN"}, {"expr": "z=zeroCrossingRate(x)"}],
             "window": {"size_ms": 20, "overlap_ms": 5, "suppress_dc": True}, "shard": {"index": 1, "count": 1},
             "inputs": [
                 {"name": "0.wav", "status": "ok", "rate_hz": 8000, "first_row": 0, "row_count": rows[0],
-                 "first_time_s": 0.02, "byte_count": sizes[0]},
+                 "first_time_s": 0.02, "byte_count": sizes[0], "rows_digest": digests[0]},
                 {"name": "missing.wav", "status": "failed"}, {"name": "noise.wav", "status": "failed"},
                 {"name": "1.wav", "status": "ok", "rate_hz": 8000, "first_row": rows[0], "row_count": rows[1],
-                 "first_time_s": 0.02, "byte_count": sizes[1]}],
+                 "first_time_s": 0.02, "byte_count": sizes[1], "rows_digest": digests[1]}],
             "row_count": sum(rows), "byte_count": len(table)})
 
     def test_all_parts_know_the_list_by_the_same_number(self):

@@ -8,7 +8,7 @@ import os
 import struct
 import unittest
 
-from command import CommandTest, flac_bytes, tone, wav_bytes, read_csv
+from command import CommandTest, digest_of, flac_bytes, read_csv, tone, wav_bytes
 
 
 def read_npy(data):
@@ -192,10 +192,13 @@ class Npy(CommandTest):
                                        "20", "--overlap-ms", "5", "--suppress-dc", "--format", "npy", "-o",
                                        "t.npy").returncode, 1)
         description = json.loads(self.read("t.npy.json"))
+        matrix = self.read("t.npy")[128:]
         self.assertEqual(description["window"], {"size_ms": 20, "overlap_ms": 5, "suppress_dc": True})
         self.assertEqual(description["inputs"], [
-            {"name": "a.wav", "rate_hz": 8000, "first_row": 0, "row_count": 8, "first_time_s": 0.02},
-            {"name": "b.wav", "rate_hz": 8000, "first_row": 8, "row_count": 16, "first_time_s": 0.02},
+            {"name": "a.wav", "rate_hz": 8000, "first_row": 0, "row_count": 8, "first_time_s": 0.02,
+             "rows_digest": digest_of(matrix[:64])},
+            {"name": "b.wav", "rate_hz": 8000, "first_row": 8, "row_count": 16, "first_time_s": 0.02,
+             "rows_digest": digest_of(matrix[64:])},
             {"name": "c.wav", "rate_hz": 8000, "first_row": 24, "row_count": 0, "first_time_s": None}])
         header, rows = read_csv(self.features("a.wav", "b.wav", "--feature", "MEAN", "--window-ms", "20",
                                               "--overlap-ms", "5").stdout)
