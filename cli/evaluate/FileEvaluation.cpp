@@ -6,25 +6,42 @@
 #include "shell/SamplingRate.h"
 #include "shell/WavHeader.h"
 
-#include <sndfile.h>
+#include <murvane/iff/IFFParser.h>
 
 #include <algorithm>
 #include <bit>
 #include <filesystem>
+#include <fstream>
+#include <limits>
+#include <optional>
 #include <sstream>
 
 namespace Zantrix::Cli {
 
 namespace {
 
-// What a file is, in the library's words.
-std::string describeFormat(const std::string& path) {
-    Audio::AudioFileReader reader;
-    std::ostringstream text;
-    if (reader.setSourceAudioFile(path.c_str())) {
-        reader.getFileInfo(text);
+constexpr const char* c_szOnlyPlain = "; only WAV files of 16-bit PCM are evaluated";
+
+// Why the library could not take a WAV file of 16-bit PCM apart; nothing when it can.
+std::optional<std::string> findDefect(const InputFile& input) {
+    const auto header = readWavHeader(input.path());
+    if (header && header->format && header->format->bitsPerSample != 16) {
+        return "has " + std::to_string(header->format->bitsPerSample) + " bits in use of each sample" + c_szOnlyPlain;
     }
-    return text.str();
+    if (header && std::min(header->claimedBytes, header->presentBytes) % 2 != 0) {
+        return "its data chunk has " + std::to_string(std::min(header->claimedBytes, header->presentBytes)) +
+               " bytes, which do not divide into samples of 16 bits";
+    }
+    // What else may be wrong is a matter of lists, and costs as much as to read the file once more.
+    const auto counts = countWavChunks(input.path());
+    if (counts && (counts->lists > 0 || !counts->areAllCounted)) {
+        IFF::IFFParser parser;
+        std::ifstream file(input.path(), std::ios::binary);
+        if (!parser.read(file)) {
+            return "cannot be taken apart: " + parser.getError();
+        }
+    }
+    return std::nullopt;
 }
 
 // Links stay, and what they lead to: that may be a device.
@@ -66,8 +83,14 @@ bool FileEvaluation::checkInput(InputFile& input) {
         return false;
     }
     if (!input.isPlainWav()) {
-        m_diagnostics.error("is " + describeFormat(input.path()) + "; only WAV files of 16-bit PCM are evaluated");
-        return false;
+        return failFormat(input);
+    }
+    if (const auto defect = findDefect(input)) {
+        return fail(*defect);
+    }
+    const std::uint64_t bytes = input.samples() * 2 * (1 + m_options.channels.size());
+    if (bytes > std::numeric_limits<std::uint32_t>::max()) {
+        return fail("its output of " + std::to_string(bytes) + " bytes would not fit into a WAV file");
     }
     const std::uint64_t rate = input.rate();
     if (rate > c_uiHighestRate || samplesOf(rate, static_cast<std::uint64_t>(m_options.windowMs)) == 0) {
@@ -118,12 +141,9 @@ bool FileEvaluation::isUpToDate(const InputFile& input) const {
     if (!isNewer(curves) || (m_options.annotateMs && !isNewer(m_options.annotatedPath(input.name())))) {
         return false;
     }
-    SF_INFO info{};
-    SNDFILE* pFile = sf_open(curves.c_str(), SFM_READ, &info);
-    sf_close(pFile);
-    return pFile != nullptr && info.channels == static_cast<int>(m_options.channels.size() + 1) &&
-           static_cast<std::uint64_t>(info.frames) == input.samples() &&
-           static_cast<std::uint64_t>(info.samplerate) == input.rate();
+    const auto written = lookAt(curves);
+    return written && written->channels == static_cast<int>(m_options.channels.size() + 1) &&
+           written->samples == input.samples() && written->rate == input.rate();
 }
 
 bool FileEvaluation::evaluate(const InputFile& input) {
@@ -167,6 +187,17 @@ std::vector<TimedLabel> FileEvaluation::longEnough(const std::vector<ChannelRun>
         }
     }
     return labels;
+}
+
+// Tells what the file is instead, in the library's words.
+bool FileEvaluation::failFormat(const InputFile& input) {
+    Audio::AudioFileReader reader;
+    std::ostringstream text;
+    if (input.open(reader, m_diagnostics)) {
+        reader.getFileInfo(text);
+        m_diagnostics.error("is " + text.str() + c_szOnlyPlain);
+    }
+    return false;
 }
 
 bool FileEvaluation::fail(const std::string& message) {

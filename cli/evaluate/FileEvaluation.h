@@ -31,6 +31,7 @@ private:
     bool isUpToDate(const InputFile& input) const;
     bool evaluate(const InputFile& input);
     std::vector<TimedLabel> longEnough(const std::vector<ChannelRun>& runs, std::uint64_t rate) const;
+    bool failFormat(const InputFile& input);
     bool fail(const std::string& message);
 
     const EvaluateOptions& m_options;

@@ -23,14 +23,37 @@ namespace {
 // the same time, but who asks for a reason is alone.
 std::shared_mutex g_openings;
 
+// Except that the library may open a file that is known to be sound, for longer than anybody could wait: that leaves
+// no reason at all.
+constexpr int c_iTries = 1000;
+
 std::string reasonOfFailure(const std::string& path) {
     const std::unique_lock alone(g_openings);
-    SF_INFO info{};
-    if (SNDFILE* pFile = sf_open(path.c_str(), SFM_READ, &info)) {
-        sf_close(pFile);
-        return "it changes while it is looked at";
+    std::string reason;
+    for (int i = 0; i < c_iTries; ++i) {
+        SF_INFO info{};
+        if (SNDFILE* pFile = sf_open(path.c_str(), SFM_READ, &info)) {
+            sf_close(pFile);
+            return "it changes while it is looked at";
+        }
+        reason = sf_strerror(nullptr);
+        if (reason != sf_error_number(SF_ERR_NO_ERROR)) {
+            break;
+        }
     }
-    return sf_strerror(nullptr);
+    return reason;
+}
+
+// What libsndfile has no words of its own for.
+std::string explainFailure(const std::string& path) {
+    const auto header = readWavHeader(path);
+    if (header && header->format && header->format->rate == 0) {
+        return "its header says 0 samples a second";
+    }
+    if (const auto counts = countWavChunks(path); counts && counts->data > 1) {
+        return "it has " + std::to_string(counts->data) + " data chunks";
+    }
+    return reasonOfFailure(path);
 }
 
 }  // namespace
@@ -83,35 +106,47 @@ bool InputFile::checkHeader(Diagnostics& diagnostics) {
 }
 
 bool InputFile::checkAudio(Diagnostics& diagnostics) {
-    SF_INFO info{};
-    {
-        const std::shared_lock among(g_openings);
-        SNDFILE* pFile = sf_open(m_strPath.c_str(), SFM_READ, &info);
-        if (pFile != nullptr) {
-            sf_close(pFile);
-        }
-        m_bOpens = pFile != nullptr;
-    }
+    const std::optional<AudioProperties> audio = lookAt(m_strPath);
+    m_bOpens = audio.has_value();
     if (!m_bOpens) {
-        diagnostics.error("cannot be read as audio: " + reasonOfFailure(m_strPath));
+        diagnostics.error("cannot be read as audio: " + explainFailure(m_strPath));
         return false;
     }
-    if (info.channels != 1) {
-        diagnostics.error("has " + std::to_string(info.channels) + " channels; only mono audio can be analysed");
+    if (audio->channels != 1) {
+        diagnostics.error("has " + std::to_string(audio->channels) + " channels; only mono audio can be analysed");
         return false;
     }
-    if (info.frames == 0) {
+    if (audio->isEmpty) {
         diagnostics.error("holds no audio");
         return false;
     }
-    m_iFormat = info.format;
-    m_uiRate = static_cast<std::uint64_t>(info.samplerate);
-    m_uiSamples = info.frames < SF_COUNT_MAX ? static_cast<std::uint64_t>(info.frames) : 0;
+    m_iFormat = audio->format;
+    m_uiRate = audio->rate;
+    m_uiSamples = audio->samples;
     return true;
 }
 
 bool InputFile::isPlainWav() const {
     return m_iFormat == (SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+}
+
+std::optional<AudioProperties> lookAt(const std::string& path) {
+    SF_INFO info{};
+    {
+        const std::shared_lock among(g_openings);
+        SNDFILE* pFile = sf_open(path.c_str(), SFM_READ, &info);
+        if (pFile == nullptr) {
+            return std::nullopt;
+        }
+        sf_close(pFile);
+    }
+    AudioProperties audio;
+    audio.channels = info.channels;
+    audio.rate = static_cast<std::uint64_t>(info.samplerate);
+    audio.samples = info.frames < SF_COUNT_MAX ? static_cast<std::uint64_t>(info.frames) : 0;
+    audio.isEmpty = info.frames == 0;
+    audio.format = info.format;
+    return audio;
 }
 
 bool checkReadable(const std::string& path, Diagnostics& diagnostics) {

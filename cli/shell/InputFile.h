@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,19 @@ private:
     bool m_bOpens = false;       // it was opened for a look
     std::unique_ptr<RepairedStream> m_pRepaired;
 };
+
+/// What an audio file says that it is.
+struct AudioProperties {
+    int channels = 0;
+    std::uint64_t rate = 0;     ///< in Hz
+    std::uint64_t samples = 0;  ///< of each channel; 0 when it is not known, or there are none
+    bool isEmpty = false;       ///< there are none
+    std::int32_t format = 0;    ///< libsndfile's code
+};
+
+/// Opens an audio file for a look; nothing when it cannot be read as audio. All looks go through here: of failures on
+/// several threads each keeps its own reason.
+std::optional<AudioProperties> lookAt(const std::string& path);
 
 /// Whether a path leads to something that can be read, and is no directory. What is wrong goes to `diagnostics`.
 bool checkReadable(const std::string& path, Diagnostics& diagnostics);

@@ -14,9 +14,14 @@ constexpr int c_iMaxChunks = 4096;
 // The smallest of the sizes that programs put in when they cannot come back: 0x7FFFF000, 0x80000000, 0xFFFFFFFF, ...
 constexpr std::uint64_t c_uiSmallestStreamedSize = 0x7FFFF000;
 
+constexpr std::size_t c_uiRiffHeaderSize = 12;
+constexpr std::size_t c_uiChunkHeaderSize = 8;
+
 struct ChunkHeader {
     std::array<char, 4> id{};
     std::uint64_t size = 0;
+
+    bool is(const char* name) const { return std::memcmp(id.data(), name, id.size()) == 0; }
 
     bool isPrintable() const {
         for (const char c : id) {
@@ -46,7 +51,7 @@ public:
     }
 
     bool readHeader(std::uint64_t offset, ChunkHeader& header) {
-        std::array<unsigned char, 8> bytes{};
+        std::array<unsigned char, c_uiChunkHeaderSize> bytes{};
         if (!read(offset, reinterpret_cast<char*>(bytes.data()), bytes.size())) {
             return false;
         }
@@ -84,6 +89,23 @@ WavHeader judge(ChunkWalker& walker, std::uint64_t dataOffset, std::uint64_t cla
     return header;
 }
 
+bool isWav(ChunkWalker& walker) {
+    std::array<char, c_uiRiffHeaderSize> start{};
+    return walker.read(0, start.data(), start.size()) && std::memcmp(start.data(), "RIFF", 4) == 0 &&
+           std::memcmp(start.data() + 8, "WAVE", 4) == 0;
+}
+
+std::optional<WavHeader::Format> readFormat(ChunkWalker& walker, std::uint64_t offset, std::uint64_t size) {
+    std::array<unsigned char, 16> bytes{};
+    if (size < bytes.size() || !walker.read(offset, reinterpret_cast<char*>(bytes.data()), bytes.size())) {
+        return std::nullopt;
+    }
+    WavHeader::Format format;
+    format.rate = bytes[4] | (bytes[5] << 8) | (bytes[6] << 16) | (std::uint32_t(bytes[7]) << 24);
+    format.bitsPerSample = static_cast<std::uint16_t>(bytes[14] | (bytes[15] << 8));
+    return format;
+}
+
 }  // namespace
 
 std::string WavHeader::describe() const {
@@ -104,17 +126,21 @@ std::string WavHeader::describe() const {
 
 std::optional<WavHeader> readWavHeader(const std::string& path) {
     ChunkWalker walker(path);
-    std::array<char, 12> start{};
-    if (!walker.read(0, start.data(), start.size()) || std::memcmp(start.data(), "RIFF", 4) != 0 ||
-        std::memcmp(start.data() + 8, "WAVE", 4) != 0) {
+    if (!isWav(walker)) {
         return std::nullopt;
     }
-    std::uint64_t offset = start.size();
+    std::optional<WavHeader::Format> format;
+    std::uint64_t offset = c_uiRiffHeaderSize;
     ChunkHeader chunk;
     for (int i = 0; i < c_iMaxChunks && walker.readHeader(offset, chunk); ++i) {
-        offset += 8;
-        if (std::memcmp(chunk.id.data(), "data", 4) == 0) {
-            return judge(walker, offset, chunk.size);
+        offset += c_uiChunkHeaderSize;
+        if (chunk.is("data")) {
+            WavHeader header = judge(walker, offset, chunk.size);
+            header.format = format;
+            return header;
+        }
+        if (chunk.is("fmt ")) {
+            format = readFormat(walker, offset, chunk.size);
         }
         offset += chunk.size + chunk.size % 2;  // sums of 32-bit sizes: far from wrapping
     }
@@ -125,6 +151,26 @@ std::optional<WavHeader> readWavHeader(const std::string& path, std::uint64_t da
     ChunkWalker walker(path);
     ChunkHeader chunk;
     return walker.readHeader(dataChunk, chunk) ? std::optional(judge(walker, dataChunk + 8, chunk.size)) : std::nullopt;
+}
+
+std::optional<WavChunkCounts> countWavChunks(const std::string& path) {
+    ChunkWalker walker(path);
+    if (!isWav(walker)) {
+        return std::nullopt;
+    }
+    WavChunkCounts counts;
+    ChunkHeader chunk;
+    std::uint64_t offset = c_uiRiffHeaderSize;
+    for (int i = 0; walker.readHeader(offset, chunk); ++i) {
+        if (i == c_iMaxChunks) {
+            counts.areAllCounted = false;
+            break;
+        }
+        counts.data += chunk.is("data") ? 1 : 0;
+        counts.lists += chunk.is("LIST") ? 1 : 0;
+        offset += c_uiChunkHeaderSize + chunk.size + chunk.size % 2;
+    }
+    return counts;
 }
 
 }  // namespace Zantrix::Cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,6 +20,13 @@ struct WavHeader {
     std::uint64_t claimedBytes = 0;  ///< of the data chunk
     std::uint64_t presentBytes = 0;  ///< from the start of the data chunk to the end of the file
 
+    /// What the format chunk in front of the audio says.
+    struct Format {
+        std::uint32_t rate = 0;           ///< in Hz
+        std::uint16_t bitsPerSample = 0;  ///< that are in use
+    };
+    std::optional<Format> format;
+
     /// What is wrong with it, as a message about the file; "" for one that fits.
     std::string describe() const;
 };
@@ -28,5 +36,15 @@ std::optional<WavHeader> readWavHeader(const std::string& path);
 
 /// The same when it is known where the header of the data chunk stands; nothing when the file ends before that does.
 std::optional<WavHeader> readWavHeader(const std::string& path, std::uint64_t dataChunk);
+
+/// The chunks of a WAV file that say whether it can be taken apart.
+struct WavChunkCounts {
+    std::size_t data = 0;
+    std::size_t lists = 0;
+    bool areAllCounted = true;  ///< false for more chunks than anybody has a use for
+};
+
+/// Counts chunks, none of those within others; nothing for a file that is not RIFF/WAVE.
+std::optional<WavChunkCounts> countWavChunks(const std::string& path);
 
 }  // namespace Zantrix::Cli

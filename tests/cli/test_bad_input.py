@@ -69,6 +69,14 @@ class BadInput(CommandTest):
             message, = self.messages(result)
             self.assertTrue(message.startswith("murvane-audio: part.wav: "), message)
 
+    def test_no_rate(self):
+        self.write("none.wav", wav_bytes(tone(100), rate=0))
+        self.assert_refused("none.wav", "cannot be read as audio: its header says 0 samples a second")
+
+    def test_audio_in_two_pieces(self):
+        self.write("two.wav", wav_bytes(tone(100), tail=b"data" + struct.pack("<I", 200) + tone(100)))
+        self.assert_refused("two.wav", "cannot be read as audio: it has 2 data chunks")
+
     def test_stereo(self):
         self.write("stereo.wav", wav_bytes(tone(4000), channels=2))
         self.assert_refused("stereo.wav", "has 2 channels; only mono audio can be analysed")

@@ -39,6 +39,20 @@ class ManyFiles(EvaluateTest):
         self.assertEqual(runs[0], runs[1])
         self.assertEqual(runs[0], runs[2])
 
+    def test_each_file_has_its_own_reason_whatever_the_others_do(self):
+        names = []
+        for i in range(60):
+            names += [self.write(f"text {i}.wav", b"no audio, but some text"), self.names[i % 12],
+                      self.write(f"short {i}.wav", b"RIFF\x1c\0\0\0WAVEfmt \x02\0\0\0\1\0"),
+                      self.write(f"rate {i}.wav", wav_bytes(tone(100), rate=0))]
+        lists = []
+        for jobs in ("1", "4"):
+            self.evaluate(*names, *CHANNELS, "--jobs", jobs, "--failures", "failed.txt", "--resume")
+            lists.append([line.split(b"\t") for line in self.read("failed.txt").splitlines() if b"call" not in line])
+        self.assertEqual(lists[0], lists[1])
+        self.assertEqual(len(lists[0]), 180)
+        self.assertEqual(len({(name.split()[0], why) for name, why in lists[0]}), 3)
+
     def test_the_parts_of_a_list_make_up_the_whole(self):
         self.assert_done(self.evaluate(*self.names, *CHANNELS))
         whole = self.outputs()

@@ -65,10 +65,29 @@ class BadInput(EvaluateTest):
         self.write("crash.wav", wav_bytes(tone(4000), data_size=0, riff_size=0))
         self.assert_refused("crash.wav", "its header was never completed: it says 0 bytes of audio though 8000 follow")
         self.write("odd.wav", wav_bytes(tone(4000) + b"x", tail=b"\0", riff_size=36 + 8002))
-        self.assert_refused("odd.wav", "Assertion failed: (m_fmt.m_usSignBitsPerSample/8) "
-                                       "*(uiSizeOfData*8/m_fmt.m_usSignBitsPerSample) == uiSizeOfData",
-                            "cannot be evaluated")
-        self.assert_refused("odd.wav", "cannot be evaluated", options=("--log-level", "OFF"))
+        self.assert_refused("odd.wav", "its data chunk has 8001 bytes, which do not divide into samples of 16 bits")
+
+    def test_what_the_library_could_not_take_apart(self):
+        only = "; only WAV files of 16-bit PCM are evaluated"
+        for bits in (12, 15):
+            self.write("bits.wav", wav_bytes(tone(4000), bits=bits))
+            self.assert_refused("bits.wav", f"has {bits} bits in use of each sample" + only)
+        nested = b"adtl"
+        for _ in range(70):
+            nested = b"adtlLIST" + struct.pack("<I", len(nested)) + nested
+        nested = b"LIST" + struct.pack("<I", len(nested)) + nested
+        self.write("deep.wav", wav_bytes(tone(4000), tail=nested))
+        for level in ("WARN", "OFF"):
+            self.assert_refused("deep.wav", "cannot be taken apart: offset 8812: reading a list: lists are nested more "
+                                            "than 64 deep", options=("--log-level", level))
+        self.write("deep.wav", wav_bytes(tone(4000), tail=nested[12 * 10:]))
+        self.assert_done(self.evaluate("deep.wav", "--channel", "c=1"))
+
+    def test_outputs_that_no_wav_file_has_room_for(self):
+        self.write_silence("day.wav", 3600 * 24)
+        size = 3600 * 24 * 8000 * 2
+        self.assert_refused("day.wav", f"its output of {size * 4} bytes would not fit into a WAV file",
+                            options=("--channel", "d=1", "--channel", "e=1"))
 
     def test_the_size_of_a_stream_is_found_out(self):
         self.write("a.wav", wav_bytes(tone(4000), data_size=0xFFFFFFFF, riff_size=0xFFFFFFFF))
