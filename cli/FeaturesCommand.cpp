@@ -1,5 +1,5 @@
 #include "Command.h"
-#include "batch/BatchRun.h"
+#include "batch/BatchCommand.h"
 #include "features/ComputerArchive.h"
 #include "features/FeatureArguments.h"
 #include "features/FeatureNames.h"
@@ -8,7 +8,6 @@
 #include "features/FeaturesConfig.h"
 #include "features/FeaturesOptions.h"
 #include "shell/InputNames.h"
-#include "shell/Interrupt.h"
 #include "shell/SmallFile.h"
 
 #include <memory>
@@ -23,15 +22,12 @@ constexpr const char* c_szUsage =
     "Usage: murvane-audio features FILE... [--audioset LIST] --feature NAME... --expr FORMULA... [OPTION]...\n"
     "Cuts mono audio files into windows and computes features and formulas of each.\n";
 
-constexpr const char* c_szHelpRest =
+constexpr const char* c_szHelpNames =
     "After --feature, arguments are feature names as long as they can be: the first that is no known name but an\n"
     "existing file, or has a '.' or '/', is a FILE, and so are those behind it. Write ./NAME for a file called like\n"
-    "a feature. All arguments behind '--' are files. 'murvane-audio list' names the features.\n\n"
-    "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
-    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place "
-    "of\n"
-    "a FILE, '-' takes such lines from standard input; relative names are then those of the working directory. Behind\n"
-    "'--', '-' is a file.\n\n"
+    "a feature. All arguments behind '--' are files. 'murvane-audio list' names the features.\n\n";
+
+constexpr const char* c_szHelpRest =
     "A formula is made of numbers, x (the window), + - * / and ( ), element by element, and of functions, which\n"
     "'murvane-audio list' names. Its column is called NAME, or by the text of the formula.\n\n"
     "CSV has the columns file, time (the end of the window, in seconds) and one for each value: NAME for a feature\n"
@@ -69,56 +65,39 @@ TableTarget targetOf(const FeaturesOptions& options, const ListIdentity& list) {
     return target;
 }
 
-int run(const FeaturesOptions& options, const InputNames& inputs, Diagnostics& diagnostics, TableWriter& writer,
-        const PreviousTable* pPrevious, FailureList& failures) {
-    using Result = BatchRun::Result;
-    Progress progress(diagnostics, inputs, options.path.empty());
+// What comes of all inputs.
+BatchRun::Result fill(TableWriter& writer, const PreviousTable* pPrevious, const FeaturesOptions& options,
+                      Diagnostics& diagnostics, BatchRun& run, Crew& crew, Progress& progress) {
     FeatureTable table(writer);
-    Crew crew(options.batch.threads());
-    BatchRun batch(inputs, crew, failures, diagnostics, progress);
-    batch.onFailed = [&](const std::string& name) { return table.addFailed(name); };
-    const Result result = batch.run([&]() -> std::unique_ptr<BatchWorker> {
+    run.onFailed = [&](const std::string& name) { return table.addFailed(name); };
+    BatchRun::Result result = run.run([&] {
         return std::make_unique<FeatureWorker>(options.columns, windowConfig(options), table, pPrevious,
                                                options.format == "npy" ? makeNpyEncoder() : makeCsvEncoder(crew),
                                                diagnostics, progress);
     });
-    if (result == Result::Interrupted) {
+    if (result == BatchRun::Result::Interrupted) {
         writer.abandon();
-        diagnostics.error("interrupted");
-        return Interrupted;
-    }
-    if (result == Result::OutputFailed || !table.finish()) {
+    } else if (result == BatchRun::Result::OutputFailed || !table.finish()) {
         diagnostics.error(writer.describeError());
-        return SomeFailed;
+        result = BatchRun::Result::OutputFailed;
     }
-    return inputs.unreadable().empty() && result == Result::AllDone ? AllDone : SomeFailed;
+    return result;
 }
 
-// Does the part of the inputs that is asked for.
-int process(const FeaturesOptions& options, InputNames& inputs, Diagnostics& diagnostics, FailureList& failures) {
-    for (const std::string& list : inputs.unreadable()) {
-        failures.add(list, "cannot be read");
-    }
-    if (inputs.isEmpty()) {
-        diagnostics.error(Interrupt::requested() ? "interrupted" : "no file to process");
-        return Interrupt::requested() ? Interrupted : SomeFailed;
-    }
-    const TableTarget target = targetOf(options, inputs.identity());
+BatchRun::Result run(const FeaturesOptions& options, const TableTarget& target, Diagnostics& diagnostics, BatchRun& run,
+                     Crew& crew, Progress& progress) {
     const std::unique_ptr<PreviousTable> pPrevious =
         options.batch.resume ? PreviousTable::open(target, diagnostics) : nullptr;
     TableWriter writer(target, pPrevious.get());
     if (!writer.open()) {
         diagnostics.error(writer.describeError());
-        return SomeFailed;
-    }
-    if (const auto& shard = options.batch.shard) {
-        inputs.keep(shard->first(inputs.size()), shard->end(inputs.size()));
+        return BatchRun::Result::OutputFailed;
     }
     try {
-        return run(options, inputs, diagnostics, writer, pPrevious.get(), failures);
+        return fill(writer, pPrevious.get(), options, diagnostics, run, crew, progress);
     } catch (const TableError& error) {
         diagnostics.error(error.what());
-        return SomeFailed;
+        return BatchRun::Result::OutputFailed;
     }
 }
 
@@ -152,7 +131,7 @@ int runFeatures(const std::vector<std::string>& arguments) {
     std::vector<GivenOption> given;
     const po::variables_map values = parseArguments(expanded, description, options.inputs.files, &given);
     if (values.count("help") != 0) {
-        printHelp(c_szUsage, description, c_szHelpRest);
+        printHelp(c_szUsage, description, std::string(c_szHelpNames) + c_szInputsHelp + c_szHelpRest);
         return AllDone;
     }
     options.inputs.behindDashes = countBehindDashes(expanded);
@@ -175,17 +154,11 @@ int runFeatures(const std::vector<std::string>& arguments) {
     if (options.inputs.isEmpty()) {
         return AllDone;
     }
-    FailureList failures;
-    if (!failures.open(options.batch.failures)) {
-        diagnostics.error(failures.describeError());
-        return SomeFailed;
-    }
-    const int exitCode = process(options, inputs, diagnostics, failures);
-    if (!failures.finish()) {
-        diagnostics.error(failures.describeError());
-        return exitCode == AllDone ? SomeFailed : exitCode;
-    }
-    return exitCode;
+    const TableTarget target = targetOf(options, inputs.identity());
+    return runBatch(options.batch, inputs, diagnostics, options.path.empty(),
+                    [&](BatchRun& batch, Crew& crew, Progress& progress) {
+                        return run(options, target, diagnostics, batch, crew, progress);
+                    });
 }
 
 }  // namespace Zantrix::Cli

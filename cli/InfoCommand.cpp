@@ -26,12 +26,9 @@ constexpr const char* c_szUsage =
 
 constexpr const char* c_szHelpRest =
     "A sample is clipped when its magnitude reaches the clipping value of the file's encoding, to six decimals.\n"
-    "Files are read to their ends; one that cannot be read is reported, and the others are still done.\n\n"
-    "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
-    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place "
-    "of\n"
-    "a FILE, '-' takes such lines from standard input; relative names are then those of the working directory. Behind\n"
-    "'--', '-' is a file.\n\n"
+    "Files are read to their ends; one that cannot be read is reported, and the others are still done.\n\n";
+
+constexpr const char* c_szHelpExamples =
     "Examples:\n"
     "  murvane-audio info call.wav\n"
     "  murvane-audio info --format csv calls/*.wav\n"
@@ -137,7 +134,6 @@ std::optional<AudioInfo> inspect(const std::string& name, Diagnostics& diagnosti
         info.clippedSamples += static_cast<std::uint64_t>(std::llround(rate[0] * static_cast<double>(samples.size())));
         progress.advance(reader.getCurrentAudioTime());
     }
-    progress.endInput();
     if (info.samples == 0) {
         diagnostics.error("holds no audio");
         return std::nullopt;
@@ -167,7 +163,7 @@ int runInfo(const std::vector<std::string>& arguments) {
     const po::variables_map values = parseArguments(arguments, options, inputArguments.files);
     inputArguments.behindDashes = countBehindDashes(arguments);
     if (values.count("help") != 0) {
-        printHelp(c_szUsage, options, c_szHelpRest);
+        printHelp(c_szUsage, options, std::string(c_szHelpRest) + c_szInputsHelp + c_szHelpExamples);
         return AllDone;
     }
     const Format& format = findFormat(formatName);
@@ -189,6 +185,7 @@ int runInfo(const std::vector<std::string>& arguments) {
     Progress progress(diagnostics, inputs, path.empty());
     bool isToldAny = false;
     for (std::size_t i = 0; i < inputs.size() && !Interrupt::requested(); ++i) {
+        const Progress::Input counted(progress);
         diagnostics.beginInput(inputs.teller(i));
         const auto file = inputs.find(i, diagnostics);
         if (file) {

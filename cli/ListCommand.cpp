@@ -123,7 +123,7 @@ int runList(const std::vector<std::string>& arguments) {
         return AllDone;
     }
     const FeatureNames featureNames;
-    const FeatureGuide features(featureNames);
+    const FeatureGuide features([&](const std::string& name) { return featureNames.isKnown(name); });
     const FunctionGuide functions(features);
     if (names.empty()) {
         printLists(features, functions);

@@ -6,13 +6,14 @@ namespace Zantrix::Cli {
 
 class Crew;
 
-/// The threads of a crew, from oneTBB.
+/// The threads of a crew, from oneTBB, which knows how many the process may use, also within the limits of a container
+/// or a scheduler, and keeps them from one use to the next.
 class Arenas {
 public:
     /// @param limit  how many threads there may be at most
     explicit Arenas(unsigned limit);
 
-    /// Ends the threads, once none is in `Crew::runThread` any more.
+    /// Waits until the threads have ended. None may be in `Crew::runThread` any more.
     ~Arenas();
 
     Arenas(const Arenas&) = delete;

@@ -16,23 +16,6 @@ constexpr std::size_t c_uiBytesAhead = std::size_t(8) << 20;
 
 }  // namespace
 
-class BatchRun::InputParcel : public Parcel {
-public:
-    InputParcel(BatchRun& run, std::size_t input, InputMessages messages, std::unique_ptr<Delivery> pDelivery)
-        : m_run(run), m_uiInput(input), m_messages(std::move(messages)), m_pDelivery(std::move(pDelivery)) {}
-
-    void deliver() override {
-        m_run.m_diagnostics.takeOver(std::move(m_messages));
-        m_run.finish(m_uiInput, m_pDelivery.get());
-    }
-
-private:
-    BatchRun& m_run;
-    std::size_t m_uiInput;
-    InputMessages m_messages;
-    std::unique_ptr<Delivery> m_pDelivery;
-};
-
 BatchRun::BatchRun(const InputNames& inputs, Crew& crew, FailureList& failures, Diagnostics& diagnostics,
                    Progress& progress)
     : m_inputs(inputs),
@@ -73,13 +56,17 @@ void BatchRun::work(BatchWorker& worker) {
             return;
         }
         Turn turn(m_turns, m_store, *input);
-        std::unique_ptr<Delivery> pDelivery = process(worker, *input, turn);
-        InputMessages messages = m_diagnostics.handOver();
+        std::shared_ptr<Delivery> pDelivery = process(worker, *input, turn);
+        // Before it is passed on: this thread may then finish other inputs, whose messages take the place of these.
+        const auto pMessages = std::make_shared<InputMessages>(m_diagnostics.handOver());
         if (Interrupt::requested()) {
             m_turns.stop();
             return;
         }
-        m_turns.pass(*input, std::make_unique<InputParcel>(*this, *input, std::move(messages), std::move(pDelivery)));
+        m_turns.pass(*input, [this, input = *input, pMessages, pDelivery = std::move(pDelivery)] {
+            m_diagnostics.takeOver(std::move(*pMessages));
+            finish(input, pDelivery.get());
+        });
     }
 }
 
@@ -88,19 +75,18 @@ std::unique_ptr<Delivery> BatchRun::process(BatchWorker& worker, std::size_t inp
     if (!turn.hasCome()) {
         m_diagnostics.hold();
     }
+    const Progress::Input counted(m_progress);
     const std::optional<std::string> file = m_inputs.find(input, m_diagnostics);
     if (!file) {
         return nullptr;
     }
     m_diagnostics.renameInput(*file);
+    m_progress.beginInput(*file, 0.0);
     if (const std::string* pWhy = m_inputs.refusal(input)) {
         m_diagnostics.error(*pWhy);
         return nullptr;
     }
-    m_progress.beginInput(*file, 0.0);
-    std::unique_ptr<Delivery> pDelivery = worker.process(*file, turn);
-    m_progress.endInput();
-    return pDelivery;
+    return worker.process(*file, turn);
 }
 
 void BatchRun::finish(std::size_t input, Delivery* pDelivery) {

@@ -51,7 +51,7 @@ public:
     virtual ~BatchWorker() = default;
 
     /// Does what can be done before the turn of the input has come, and all if it has. Messages go to the `Diagnostics`
-    /// of the run. To be left soon once `Interrupt::requested()`, with anything.
+    /// of the run. Should return soon once `Interrupt::requested()`; what it returns then is ignored.
     ///
     /// @return what remains for the turn; null for an input that failed and leaves nothing
     virtual std::unique_ptr<Delivery> process(const std::string& file, Turn& turn) = 0;
@@ -72,8 +72,6 @@ public:
     Result run(const std::function<std::unique_ptr<BatchWorker>()>& makeWorker);
 
 private:
-    class InputParcel;
-
     void work(BatchWorker& worker);
     std::unique_ptr<Delivery> process(BatchWorker& worker, std::size_t input, Turn& turn);
     void finish(std::size_t input, Delivery* pDelivery);

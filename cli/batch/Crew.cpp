@@ -33,8 +33,11 @@ void Crew::run(unsigned count, const std::function<void()>& work, const std::fun
                const std::function<void()>& onThrow) {
     count = std::clamp(count, 1U, m_uiSize);
     m_uiSpare = m_uiSize - count;
-    m_uiWorkers = count;
-    start(count, [&] { this->work(work, onThrow); });
+    {
+        const std::lock_guard lock(m_mutex);
+        m_uiWorkers = count;
+    }
+    start(count, [&] { runWorker(work, onThrow); });
     watch();
     std::unique_lock lock(m_mutex);
     while (!m_ended.wait_for(lock, c_watchInterval, [this] { return m_uiWorkers == 0; })) {
@@ -51,7 +54,7 @@ void Crew::run(unsigned count, const std::function<void()>& work, const std::fun
 }
 
 // One of `m_uiWorkers` threads.
-void Crew::work(const std::function<void()>& work, const std::function<void()>& onThrow) {
+void Crew::runWorker(const std::function<void()>& work, const std::function<void()>& onThrow) {
     {
         const std::lock_guard lock(m_mutex);
         m_workers.push_back(::pthread_self());

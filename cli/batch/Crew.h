@@ -19,7 +19,7 @@ class SharedWork {
 public:
     virtual ~SharedWork() = default;
 
-    /// Does one part; nothing when none is left.
+    /// Does one part; nothing when none is left. Must not throw: the thread has other work of its own.
     virtual void doPart() = 0;
 };
 
@@ -39,14 +39,16 @@ public:
 
     unsigned size() const { return m_uiSize; }
 
-    /// Has `count` threads do `work`, each all of it, and meanwhile calls `watch` on this thread, at once and ten times
-    /// a second. What `work` throws first is thrown here; `onThrow` is called at once, so that the others end, too.
+    /// Works once. Has `count` threads do `work`, each all of it, and meanwhile calls `watch` on this thread, at once
+    /// and ten times a second. What `work` throws first is thrown here; `onThrow` is called at once, so that the others
+    /// end, too.
     void run(unsigned count, const std::function<void()>& work, const std::function<void()>& watch,
              const std::function<void()>& onThrow);
 
     /// Waits, and helps meanwhile.
     ///
-    /// @param isOver  called under a lock of the crew's, and again after each `wakeAll`
+    /// @param isOver  called under a lock of the crew's, so that no two of them run at a time, and again after each
+    ///                `wakeAll`
     void wait(const std::function<bool()>& isOver);
 
     /// To be called when what others wait for may have come.
@@ -66,7 +68,7 @@ public:
 
 private:
     void start(unsigned count, const std::function<void()>& work);
-    void work(const std::function<void()>& work, const std::function<void()>& onThrow);
+    void runWorker(const std::function<void()>& work, const std::function<void()>& onThrow);
 
     const unsigned m_uiSize;
     std::unique_ptr<Arenas> m_pArenas;
@@ -78,7 +80,7 @@ private:
     std::condition_variable m_ended;    // for the one that leads
     std::deque<std::function<void()>> m_toStart;
     std::deque<std::shared_ptr<SharedWork>> m_offers;
-    std::vector<pthread_t> m_workers;  // in `work`
+    std::vector<pthread_t> m_workers;  // in `runWorker`
     unsigned m_uiWorkers = 0;          // their number, counting those that are still to start
     unsigned m_uiThreads = 0;          // all that were started and have not ended
     bool m_bOver = false;

@@ -8,19 +8,17 @@ Turns::Turns(Crew& crew, std::size_t inputs, std::size_t ahead) : m_crew(crew), 
 
 std::optional<std::size_t> Turns::take() {
     std::optional<std::size_t> taken;
-    const auto isOver = [&] {
-        const std::size_t next = m_uiNext;
-        if (m_bStopped || next == m_uiInputs) {
+    const auto tryToTake = [&] {
+        if (m_bStopped || m_uiNext == m_uiInputs) {
             return true;
         }
-        if (next - m_uiCurrent >= m_uiAhead) {
+        if (m_uiNext - m_uiCurrent >= m_uiAhead) {
             return false;
         }
-        m_uiNext = next + 1;
-        taken = next;
+        taken = m_uiNext++;
         return true;
     };
-    m_crew.wait(isOver);
+    m_crew.wait(tryToTake);
     return taken;
 }
 
@@ -29,21 +27,21 @@ bool Turns::await(std::size_t input) {
     return !m_bStopped;
 }
 
-void Turns::pass(std::size_t input, std::unique_ptr<Parcel> pParcel) {
+void Turns::pass(std::size_t input, std::function<void()> finish) {
     {
         const std::lock_guard lock(m_mutex);
         if (!hasCome(input)) {
-            m_waiting[input] = std::move(pParcel);
+            m_waiting[input] = std::move(finish);
             return;
         }
     }
-    while (pParcel && !m_bStopped) {
-        pParcel->deliver();
-        pParcel.reset();
+    while (finish && !m_bStopped) {
+        finish();
+        finish = nullptr;
         const std::lock_guard lock(m_mutex);
         m_uiCurrent.fetch_add(1, std::memory_order_acq_rel);
         if (const auto found = m_waiting.find(m_uiCurrent); found != m_waiting.end()) {
-            pParcel = std::move(found->second);
+            finish = std::move(found->second);
             m_waiting.erase(found);
         }
     }

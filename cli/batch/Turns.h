@@ -4,27 +4,18 @@
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 
 namespace Zantrix::Cli {
 
-/// What remains to be done for an input when its turn has come.
-class Parcel {
-public:
-    virtual ~Parcel() = default;
-
-    /// Runs once, in turn, on any thread of the crew.
-    virtual void deliver() = 0;
-};
-
 /// The order of inputs among threads that work on several of them at once: whatever is done in turn is done by one
 /// thread at a time, and in the order of the inputs.
 ///
-/// A thread takes the next input, works on it, and passes a parcel on. Parcels wait for their turns, and so can a
-/// thread. As inputs are taken in order, the one whose turn it is has a thread that need not wait for anybody.
+/// A thread takes the next input, works on it, and passes on what remains to be done. That waits for its turn, and so
+/// can a thread. As inputs are taken in order, the one whose turn it is has a thread that need not wait for anybody.
 class Turns {
 public:
     /// @param ahead  how many inputs may be taken before the first of them is done
@@ -39,10 +30,12 @@ public:
     /// Waits until the turn of an input has come; false after `stop`.
     bool await(std::size_t input);
 
-    /// Ends the work on an input: the parcel is delivered when its turn has come, here or by another thread.
-    void pass(std::size_t input, std::unique_ptr<Parcel> pParcel);
+    /// Ends the work on an input.
+    ///
+    /// @param finish  called once when its turn has come, by this thread or another one
+    void pass(std::size_t input, std::function<void()> finish);
 
-    /// Nothing more is taken or delivered, and nobody waits any longer.
+    /// Nothing more is taken or finished, and nobody waits any longer.
     void stop();
 
     bool isStopped() const { return m_bStopped; }
@@ -54,11 +47,11 @@ private:
     Crew& m_crew;
     const std::size_t m_uiInputs;
     const std::size_t m_uiAhead;
-    std::atomic<std::size_t> m_uiNext = 0;     // to be taken
+    std::size_t m_uiNext = 0;                  // to be taken; under the lock of `Crew::wait`
     std::atomic<std::size_t> m_uiCurrent = 0;  // whose turn it is
     std::atomic<bool> m_bStopped = false;
     std::mutex m_mutex;  // guards what follows
-    std::map<std::size_t, std::unique_ptr<Parcel>> m_waiting;
+    std::map<std::size_t, std::function<void()>> m_waiting;
 };
 
 }  // namespace Zantrix::Cli

@@ -12,10 +12,8 @@ namespace Zantrix::Cli {
 
 namespace {
 
-std::string trimmed(const std::string& text) {
-    constexpr const char* blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+std::string trimmed(std::string_view text) {
+    return std::string(Text::trimmed(text));
 }
 
 double parseThreshold(const std::string& text, const std::string& option) {

@@ -19,9 +19,6 @@ constexpr const char* c_szChannel = "channel";
 constexpr const char* c_szThreshold = "threshold";
 constexpr const char* c_szAnnotatedSuffix = "annotated";
 
-// A typing error must not take all memory.
-constexpr std::int64_t c_iMaxMs = 60000;
-
 constexpr const char* c_szUsage =
     "Usage: murvane-audio evaluate FILE... [--audioset LIST] --channel [NAME=]FORMULA... [OPTION]...\n"
     "Evaluates mono 16-bit WAV files block by block, and writes each again with a curve beside its samples for each\n"
@@ -96,15 +93,9 @@ std::vector<std::string> joinValues(const std::vector<std::string>& arguments) {
 }
 
 void checkTimes(const EvaluateOptions& options) {
-    const auto refuse = [](const std::string& what, std::int64_t ms, std::int64_t least) {
-        throw UsageError("a " + what + " of " + std::to_string(ms) + " ms is refused; it must be " +
-                         std::to_string(least) + " to " + std::to_string(c_iMaxMs) + " ms");
-    };
-    if (options.windowMs < 1 || options.windowMs > c_iMaxMs) {
-        refuse("window", options.windowMs, 1);
-    }
-    if (options.contextMs && (*options.contextMs < options.windowMs || *options.contextMs > c_iMaxMs)) {
-        refuse("context", *options.contextMs, options.windowMs);
+    checkMilliseconds("window", options.windowMs, 1);
+    if (options.contextMs) {
+        checkMilliseconds("context", *options.contextMs, options.windowMs);
     }
     if (options.annotateMs && *options.annotateMs < 0) {
         throw UsageError("--annotate takes the length of the shortest run in milliseconds, 0 or more");

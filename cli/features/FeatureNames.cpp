@@ -118,7 +118,7 @@ std::optional<std::string> FeatureNames::elementProblem(const std::string& name,
     std::string base;
     StringVector parameters;
     Math::SignalFeatureFactory::splitParams(element.c_str(), base, parameters);
-    const FeatureGuide guide(*this);
+    const FeatureGuide guide([this](const std::string& known) { return isKnown(known); });
     if (const FeatureDescription* description = guide.find(base)) {
         const std::string form = description->parameters[0] == '\0'
                                      ? "takes no parameters"

@@ -3,7 +3,7 @@
 namespace Zantrix::Cli {
 
 std::optional<std::string> FeatureTable::misfit(const TableInput& input) const {
-    if (!m_bBegun || input.pColumns->isAlike(*m_pColumns)) {
+    if (!m_writer.hasBegun() || input.pColumns->isAlike(*m_pColumns)) {
         return std::nullopt;
     }
     return "does not fit into the table: " + input.pColumns->difference(*m_pColumns) + " at " +
@@ -12,17 +12,16 @@ std::optional<std::string> FeatureTable::misfit(const TableInput& input) const {
 }
 
 bool FeatureTable::beginInput(const TableInput& input) {
-    m_bWasBegun = m_bBegun;
     m_pColumnsBefore = m_pColumns;
     return m_writer.beginInput(input.name, input.rate);
 }
 
 bool FeatureTable::addRows(const TableInput& input, std::string_view bytes, std::size_t rows) {
-    return (m_bBegun || begin(input.pColumns)) && m_writer.addRows(bytes, rows);
+    return (m_writer.hasBegun() || begin(input.pColumns)) && m_writer.addRows(bytes, rows);
 }
 
 bool FeatureTable::copyRows(const TableInput& input, const PreviousTable::Rows& rows) {
-    return (m_bBegun || rows.rowCount == 0 || begin(input.pColumns)) && m_writer.copyRows(rows);
+    return (m_writer.hasBegun() || rows.rowCount == 0 || begin(input.pColumns)) && m_writer.copyRows(rows);
 }
 
 bool FeatureTable::endInput(const TableInput& input) {
@@ -38,7 +37,6 @@ bool FeatureTable::dropInput() {
         return false;
     }
     // The head of the table is gone as well, if this input brought it.
-    m_bBegun = m_bWasBegun;
     m_pColumns = m_pColumnsBefore;
     return true;
 }
@@ -48,12 +46,11 @@ bool FeatureTable::finish() {
         m_writer.abandon();
         return true;
     }
-    return (m_bBegun || !m_bAnyDone || begin(m_pColumns)) && m_writer.finish();
+    return (m_writer.hasBegun() || !m_bAnyDone || begin(m_pColumns)) && m_writer.finish();
 }
 
 bool FeatureTable::begin(const std::shared_ptr<const FeatureColumns>& pColumns) {
     m_pColumns = pColumns;
-    m_bBegun = true;
     return m_writer.begin(m_pColumns->names());
 }
 

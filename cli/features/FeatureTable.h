@@ -64,10 +64,8 @@ private:
     bool begin(const std::shared_ptr<const FeatureColumns>& pColumns);
 
     TableWriter& m_writer;
-    std::shared_ptr<const FeatureColumns> m_pColumns;  // of the table; before it begins, of the first input done
-    bool m_bBegun = false;
-    bool m_bWasBegun = false;  // before the current input, as the next
-    std::shared_ptr<const FeatureColumns> m_pColumnsBefore;
+    std::shared_ptr<const FeatureColumns> m_pColumns;        // of the table; before it begins, of the first input done
+    std::shared_ptr<const FeatureColumns> m_pColumnsBefore;  // the current input
     bool m_bAnyDone = false;
 };
 

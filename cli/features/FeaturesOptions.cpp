@@ -17,14 +17,8 @@ constexpr const char* c_szFeature = "feature";
 constexpr const char* c_szFormula = "expr";
 constexpr const char* c_szComputer = "computer";
 
-// The longest window: a minute. A typing error must not take all memory.
-constexpr std::int64_t c_iMaxWindowMs = 60000;
-
 void checkWindow(const FeaturesOptions& options) {
-    if (options.windowMs < 1 || options.windowMs > c_iMaxWindowMs) {
-        throw UsageError("a window of " + std::to_string(options.windowMs) + " ms is refused; it must be 1 to " +
-                         std::to_string(c_iMaxWindowMs) + " ms");
-    }
+    checkMilliseconds("window", options.windowMs, 1);
     if (options.overlapMs < 0 || options.overlapMs >= options.windowMs) {
         throw UsageError("an overlap of " + std::to_string(options.overlapMs) + " ms is refused; it must be 0 to " +
                          std::to_string(options.windowMs - 1) + " ms, less than the window");

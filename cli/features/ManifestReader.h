@@ -49,8 +49,6 @@ public:
     /// @throw TableError
     void forEach(const std::function<void(const TableEntry& entry)>& take) const;
 
-    const std::string& path() const { return m_strPath; }
-
 private:
     std::string m_strPath;
     std::string_view m_text;  // mapped

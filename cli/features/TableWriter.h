@@ -30,6 +30,9 @@ public:
 
     bool begin(const std::vector<std::string>& columns);
 
+    /// Whether `begin` was called; not by an input that was withdrawn.
+    bool hasBegun() const { return m_bBegun; }
+
     /// Begins an input whose windows are cut at this sampling rate.
     bool beginInput(const std::string& name, std::uint64_t rate);
 

@@ -96,9 +96,9 @@ constexpr FeatureDescription c_guide[] = {
 
 }  // namespace
 
-FeatureGuide::FeatureGuide(const FeatureNames& featureNames) {
+FeatureGuide::FeatureGuide(const std::function<bool(const std::string& name)>& isKnown) {
     for (const FeatureDescription& row : c_guide) {
-        if (featureNames.isKnown(row.trial)) {
+        if (isKnown(row.trial)) {
             m_vRows.push_back(&row);
         }
     }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "features/FeatureNames.h"
-
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,7 +24,9 @@ struct FeatureDescription {
 class FeatureGuide {
 public:
     /// Keeps the rows that the library can build.
-    explicit FeatureGuide(const FeatureNames& featureNames);
+    ///
+    /// @param isKnown  whether it builds a feature of this name
+    explicit FeatureGuide(const std::function<bool(const std::string& name)>& isKnown);
 
     const std::vector<const FeatureDescription*>& rows() const { return m_vRows; }
 

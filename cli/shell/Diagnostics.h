@@ -72,7 +72,8 @@ public:
     /// Takes the input off this thread, without ending it.
     InputMessages handOver();
 
-    /// Makes this thread the one that the messages about an input come from.
+    /// Gives an input to this thread, with what was said of it so far, in place of the input that the thread had. That
+    /// one must have been ended or handed over: what it had to say would be lost.
     void takeOver(InputMessages messages);
 
     /// Whether the options name a level or a configuration.

@@ -29,6 +29,14 @@ struct InputArguments {
 /// Adds --audioset.
 void addInputOptions(boost::program_options::options_description& description, InputArguments& arguments);
 
+/// What the help of a subcommand says of its inputs.
+inline constexpr const char* c_szInputsHelp =
+    "An audio set is a text file with the name of one audio file on each line; empty lines and those that begin with\n"
+    "'#' are skipped. A relative name is looked for beside the list, then in the folder $ZANTRIX_CPA_DATA. In place "
+    "of\n"
+    "a FILE, '-' takes such lines from standard input; relative names are then those of the working directory. Behind\n"
+    "'--', '-' is a file.\n\n";
+
 /// How many of a subcommand's arguments stand behind "--".
 std::size_t countBehindDashes(const std::vector<std::string>& arguments);
 

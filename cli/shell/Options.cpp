@@ -18,6 +18,8 @@ namespace {
 // The key of operands: no option can be written like this.
 constexpr const char* c_szOperands = "operands of the command";
 
+constexpr std::int64_t c_iMaxMilliseconds = 60000;
+
 }  // namespace
 
 void addCommonOptions(po::options_description& options, LogOptions& log) {
@@ -56,6 +58,13 @@ po::variables_map parseArguments(const std::vector<std::string>& arguments, cons
         throw UsageError(error.what());
     }
     return values;
+}
+
+void checkMilliseconds(const std::string& what, std::int64_t milliseconds, std::int64_t least) {
+    if (milliseconds < least || milliseconds > c_iMaxMilliseconds) {
+        throw UsageError("a " + what + " of " + std::to_string(milliseconds) + " ms is refused; it must be " +
+                         std::to_string(least) + " to " + std::to_string(c_iMaxMilliseconds) + " ms");
+    }
 }
 
 void printHelp(const std::string& usage, const po::options_description& options, const std::string& rest) {

@@ -5,6 +5,7 @@
 #include <boost/program_options/options_description.hpp>
 #include <boost/program_options/variables_map.hpp>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,13 @@ boost::program_options::variables_map parseArguments(const std::vector<std::stri
                                                      const boost::program_options::options_description& options,
                                                      std::vector<std::string>& operands,
                                                      std::vector<GivenOption>* inOrder = nullptr);
+
+/// Makes sure that a length of audio is at most a minute: a typing error must not take all memory.
+///
+/// @param what   what is that long, for the message
+/// @param least  in milliseconds
+/// @throw UsageError
+void checkMilliseconds(const std::string& what, std::int64_t milliseconds, std::int64_t least);
 
 /// Prints the help of a subcommand to standard output: usage, the options, and what follows them.
 void printHelp(const std::string& usage, const boost::program_options::options_description& options,

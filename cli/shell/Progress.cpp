@@ -53,23 +53,12 @@ thread_local Current t_current;
 
 }  // namespace
 
-Progress::Progress(Diagnostics& diagnostics, std::size_t inputs, bool resultsOnScreen)
-    : m_diagnostics(diagnostics), m_owner(std::this_thread::get_id()), m_uiInputs(inputs) {
+Progress::Progress(Diagnostics& diagnostics, const InputNames& inputs, bool resultsOnScreen)
+    : m_diagnostics(diagnostics), m_owner(std::this_thread::get_id()), m_uiInputs(inputs.size()) {
     m_bShown = ::isatty(STDERR_FILENO) != 0 && !(resultsOnScreen && ::isatty(STDOUT_FILENO) != 0);
     m_start = m_nextDraw = Clock::now();
-}
-
-Progress::Progress(Diagnostics& diagnostics, const std::vector<std::string>& inputs, bool resultsOnScreen)
-    : Progress(diagnostics, inputs.size(), resultsOnScreen) {
-    if (m_bShown && m_uiInputs <= c_uiMaxLookedAt) {
-        std::for_each(inputs.begin(), inputs.end(), [this](const std::string& input) { addBytes(input); });
-    }
-}
-
-Progress::Progress(Diagnostics& diagnostics, const InputNames& inputs, bool resultsOnScreen)
-    : Progress(diagnostics, inputs.size(), resultsOnScreen) {
     for (std::size_t i = 0; m_bShown && m_uiInputs <= c_uiMaxLookedAt && i < inputs.size(); ++i) {
-        addBytes(inputs.findQuietly(i).value_or(""));
+        m_dBytes += static_cast<double>(fileBytes(inputs.findQuietly(i).value_or("")));
     }
 }
 
@@ -98,10 +87,6 @@ void Progress::count(double seconds) {
     const double share = t_current.seconds > 0.0 ? std::min(1.0, seconds / t_current.seconds) : 0.0;
     add(m_dBytesDone, share * t_current.bytes - t_current.bytesDone);
     t_current.bytesDone = share * t_current.bytes;
-}
-
-void Progress::addBytes(const std::string& input) {
-    m_dBytes += static_cast<double>(fileBytes(input));
 }
 
 void Progress::add(std::atomic<double>& sum, double value) {

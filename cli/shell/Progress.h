@@ -20,12 +20,25 @@ class Progress {
 public:
     /// @param inputs          the names of all inputs
     /// @param resultsOnScreen  whether results go to the terminal, where a line among them would be in the way
-    Progress(Diagnostics& diagnostics, const std::vector<std::string>& inputs, bool resultsOnScreen);
     Progress(Diagnostics& diagnostics, const InputNames& inputs, bool resultsOnScreen);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
+    /// Counts an input as done when it ends, whatever came of it.
+    class Input {
+    public:
+        explicit Input(Progress& progress) : m_progress(progress) {}
+        ~Input() { m_progress.endInput(); }
+        Input(const Input&) = delete;
+        Input& operator=(const Input&) = delete;
+
+    private:
+        Progress& m_progress;
+    };
+
+    /// Tells which file the input of this thread is; as often as more is known of it.
+    ///
     /// @param seconds  the length of the audio, 0 when it is not known
     void beginInput(const std::string& name, double seconds);
 
@@ -37,17 +50,13 @@ public:
         }
     }
 
-    void endInput();
-
     /// Draws the line if it is time to.
     void draw();
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    Progress(Diagnostics& diagnostics, std::size_t inputs, bool resultsOnScreen);
-
-    void addBytes(const std::string& input);
+    void endInput();
     static void add(std::atomic<double>& sum, double value);
     void count(double seconds);
 

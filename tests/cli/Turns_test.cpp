@@ -6,7 +6,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <memory>
+#include <functional>
 #include <numeric>
 #include <random>
 #include <thread>
@@ -21,15 +21,10 @@ void sleepMicroseconds(unsigned count) {
 
 const auto doNothing = [] {};
 
-class Note : public Parcel {
-public:
-    Note(std::vector<std::size_t>& notes, std::size_t note) : m_notes(notes), m_uiNote(note) {}
-    void deliver() override { m_notes.push_back(m_uiNote); }
-
-private:
-    std::vector<std::size_t>& m_notes;  // not guarded: turns are to be enough
-    std::size_t m_uiNote;
-};
+// Notes are not guarded: turns are to be enough.
+std::function<void()> note(std::vector<std::size_t>& notes, std::size_t input) {
+    return [&notes, input] { notes.push_back(input); };
+}
 
 std::vector<std::size_t> firstNumbers(std::size_t count) {
     std::vector<std::size_t> numbers(count);
@@ -37,7 +32,7 @@ std::vector<std::size_t> firstNumbers(std::size_t count) {
     return numbers;
 }
 
-TEST(Turns, ParcelsAreDeliveredInTheOrderOfTheInputsWhoeverPassesThemFirst) {
+TEST(Turns, InputsAreFinishedInTheirOrderWhoeverPassesThemFirst) {
     constexpr std::size_t count = 500;
     Crew crew(4);
     Turns turns(crew, count, 20);
@@ -52,7 +47,7 @@ TEST(Turns, ParcelsAreDeliveredInTheOrderOfTheInputsWhoeverPassesThemFirst) {
                 EXPECT_TRUE(turns.hasCome(*input));
                 notes.push_back(*input + count);
             }
-            turns.pass(*input, std::make_unique<Note>(notes, *input));
+            turns.pass(*input, note(notes, *input));
         }
     };
     crew.run(4, work, doNothing, doNothing);
@@ -80,7 +75,7 @@ TEST(Turns, NobodyGetsFurtherAheadThanAllowed) {
             if (*input % 10 == 0) {
                 sleepMicroseconds(2000);
             }
-            turns.pass(*input, std::make_unique<Note>(notes, *input));
+            turns.pass(*input, note(notes, *input));
         }
     };
     crew.run(3, work, doNothing, doNothing);
@@ -93,12 +88,12 @@ TEST(Turns, AreTakenByOneThreadWithoutACrew) {
     std::vector<std::size_t> notes;
     while (const auto input = turns.take()) {
         EXPECT_TRUE(turns.hasCome(*input));
-        turns.pass(*input, std::make_unique<Note>(notes, *input));
+        turns.pass(*input, note(notes, *input));
     }
     EXPECT_EQ(notes, firstNumbers(5));
 }
 
-TEST(Turns, StoppingEndsAllWaitingAndNothingMoreIsDelivered) {
+TEST(Turns, StoppingEndsAllWaitingAndNothingMoreIsFinished) {
     Crew crew(3);
     Turns turns(crew, 10, 10);
     std::vector<std::size_t> notes;
@@ -112,7 +107,7 @@ TEST(Turns, StoppingEndsAllWaitingAndNothingMoreIsDelivered) {
         } else {
             refused += turns.await(*input) ? 0 : 1;
         }
-        turns.pass(*input, std::make_unique<Note>(notes, *input));
+        turns.pass(*input, note(notes, *input));
         EXPECT_FALSE(turns.take());
     };
     crew.run(3, work, doNothing, doNothing);

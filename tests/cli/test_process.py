@@ -126,6 +126,12 @@ class Terminal(CommandTest):
     def test_info_shows_progress(self):
         self.assertIn("0/1 files", self.run_on_terminal("info", "long.wav")[1])
 
+    def test_files_that_are_not_there_are_counted(self):
+        self.assertIn("2/3 files", self.run_on_terminal("info", "none.wav", "gone.wav", "long.wav")[1])
+        self.write("list.txt", b"none.wav\nlong.wav\n")
+        self.assertIn("1/2 files", self.run_on_terminal("features", "--audioset", "list.txt", "--feature", "MEAN", "-o",
+                                                        "t.csv", "--jobs", "1")[1])
+
     def test_there_is_none_among_results_on_the_terminal(self):
         self.write_wav("short.wav")
         self.assertNotIn("files", self.run_on_terminal("info", "short.wav", stdout=None)[1])
