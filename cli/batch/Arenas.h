@@ -6,8 +6,8 @@ namespace Zantrix::Cli {
 
 class Crew;
 
-/// The threads of a crew, from oneTBB, which knows how many the process may use, also within the limits of a container
-/// or a scheduler, and keeps them from one use to the next.
+/// The threads of a crew, from oneTBB: it keeps a process to the processors that it may use, starts threads only when
+/// there is work, and shares them with whatever else in the process uses it.
 class Arenas {
 public:
     /// @param limit  how many threads there may be at most
