@@ -5,7 +5,7 @@ import json
 import struct
 import unittest
 
-from command import CommandTest, tone, wav_bytes, read_csv
+from command import CommandTest, read_csv, tone, wav_bytes
 
 
 def column(table, name):

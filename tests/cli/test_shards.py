@@ -9,8 +9,8 @@ import subprocess
 import time
 import unittest
 
-from command import PROGRAM, CommandTest, digest_of, tone, wav_bytes
-from test_table import read_csv, read_npy
+from command import PROGRAM, CommandTest, digest_of, read_csv, tone, wav_bytes
+from test_table import read_npy
 
 
 class Shards(CommandTest):
