@@ -4,7 +4,9 @@
 #include <murvane/iff/WavChunks.h>
 
 #include <algorithm>
+#include <array>
 #include <istream>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <ostream>
@@ -21,6 +23,28 @@ constexpr const char* c_szNoCue = "Error, cue point ID in ltxt chunk has no asso
 template <typename... Parts>
 void report(LogLevel level, int line, const Parts&... parts) {
     annotationLogger().log(level, c_szAnnotationSource, line, parts...);
+}
+
+// What hangs on cue points.
+constexpr IFF::ChunkId c_textIds[] = {"ltxt", "labl", "note"};
+using RemovedFrom = std::array<IFF::ChunkList*, std::size(c_textIds)>;
+
+// Removes the chunks of annotations from a list and all below it; `lists` takes where the last one of each kind was.
+void removeFrom(IFF::ChunkList& list, RemovedFrom& lists) {
+    for (auto place = list.begin(); place != list.end();) {
+        const auto* const id = std::find(std::begin(c_textIds), std::end(c_textIds), place->getId());
+        if (id != std::end(c_textIds)) {
+            lists[static_cast<std::size_t>(id - c_textIds)] = &list;
+            place = list.erase(place);
+        } else if (place->getId() == IFF::ChunkId("cue ")) {
+            place = list.erase(place);
+        } else {
+            if (place->getList() != nullptr) {
+                removeFrom(*place->getList(), lists);
+            }
+            ++place;
+        }
+    }
 }
 
 // Hands the content of every chunk with this identifier, wherever it stands, to `visit`.
@@ -201,20 +225,13 @@ std::ostream& AnnotatedFile::writeToWAV(std::ostream& os) {
     return os;
 }
 
-// The list that the last "ltxt", "labl" or "note" chunk was in; null if there was none.
+// The list that the last "note" chunk was in; without any the last "labl", then the last "ltxt" chunk; or null.
 IFF::ChunkList* AnnotatedFile::clearAnnotations() {
-    IFF::ChunkList* pList = nullptr;
-    for (const IFF::ChunkId id :
-         {IFF::ChunkId("cue "), IFF::ChunkId("ltxt"), IFF::ChunkId("labl"), IFF::ChunkId("note")}) {
-        IFF::ChunkPos position;
-        for (bool isFound = m_parser.find(id, position); isFound; isFound = m_parser.findNext(position)) {
-            if (id != IFF::ChunkId("cue ")) {
-                pList = position.getList();
-            }
-            m_parser.remove(position);
-        }
-    }
-    return pList;
+    RemovedFrom lists{};
+    removeFrom(m_parser.getChunks(), lists);
+    const auto found =
+        std::find_if(lists.rbegin(), lists.rend(), [](IFF::ChunkList* pList) { return pList != nullptr; });
+    return found == lists.rend() ? nullptr : *found;
 }
 
 bool AnnotatedFile::removeEmptied(const IFF::ChunkList& list) {
