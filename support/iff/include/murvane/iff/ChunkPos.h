@@ -54,4 +54,37 @@ private:
     bool m_bOnChunk = false;    // otherwise the last step is the place to go on from
 };
 
+// Inline: a search takes a step for each of what may be a hundred thousand chunks.
+
+/// Before the first chunk.
+inline void ChunkPos::start(ChunkList& topLevel) {
+    m_vPath.assign(1, {&topLevel, topLevel.begin()});
+    m_bOnChunk = false;
+}
+
+/// Moves to the next chunk in file order; false, and nowhere, if there is none.
+inline bool ChunkPos::advance() {
+    if (m_bOnChunk) {
+        Step& step = m_vPath.back();
+        if (ChunkList* below = step.itChunk->getList()) {
+            m_vPath.push_back({below, below->begin()});
+        } else {
+            ++step.itChunk;
+        }
+    }
+    leaveEndedLists();
+    m_bOnChunk = !m_vPath.empty();
+    return m_bOnChunk;
+}
+
+/// Steps out of every list that has ended, and past the chunk that holds it.
+inline void ChunkPos::leaveEndedLists() {
+    while (!m_vPath.empty() && m_vPath.back().itChunk == m_vPath.back().pList->end()) {
+        m_vPath.pop_back();
+        if (!m_vPath.empty()) {
+            ++m_vPath.back().itChunk;
+        }
+    }
+}
+
 }  // namespace Zantrix::IFF
