@@ -52,6 +52,7 @@ PARSER = {
     "missing_padding": riff(FMT, UNPADDED_DATA, INFO),
     "missing_padding_at_end": riff(FMT, UNPADDED_DATA),
     "trailing_bytes": riff(FMT, DATA) + b"TAG and more",
+    "rest_like_64_bit_sizes": riff(FMT, DATA, b"ds64\0\0\0") + b"\0",
     "second_file_behind": riff(FMT, DATA) + riff(FMT, DATA),
     "chunks_after_riff_end": riff(FMT, DATA, ADTL, size=4 + len(FMT) + len(DATA)),
     "riff_size_zero": riff(FMT, DATA, size=0),

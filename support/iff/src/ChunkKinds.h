@@ -13,6 +13,7 @@ inline constexpr ChunkId c_cueId("cue ");
 inline constexpr ChunkId c_cueRecordId("cuep");
 inline constexpr ChunkId c_audioId("data");
 inline constexpr ChunkId c_annotationsType("adtl");
+inline constexpr ChunkId c_sizes64Id("ds64");
 
 inline constexpr std::size_t c_uiHeaderSize = 8;       // identifier, size
 inline constexpr std::size_t c_uiRiffHeaderSize = 12;  // the same and the form type

@@ -144,10 +144,11 @@ ByteCursor ChunkReader::endWithin(const ByteCursor& bytes, std::uint64_t end, Ra
 }
 
 /// Whether whole chunks, and nothing else, fill the file from here on. Another file that was appended does not count.
+/// Neither do 64-bit sizes, which stand at the start of a file: here they are a rest of bytes that looks like them.
 bool ChunkReader::goesOnAfterEnd(const ByteCursor& bytes) const {
     ByteCursor cursor = bytes;
     ChunkId id;
-    return cursor.read(id) && id != c_riffId && dividesIntoChunks(bytes, false);
+    return cursor.read(id) && id != c_riffId && id != c_sizes64Id && dividesIntoChunks(bytes, false);
 }
 
 bool ChunkReader::readList(ByteCursor bytes, ChunkList& list, unsigned depth) {
@@ -165,7 +166,7 @@ bool ChunkReader::add(const RawChunk& raw, ChunkList& list, unsigned depth) {
     if (!countChunk(raw.uiOffset)) {
         return false;
     }
-    if (depth == 1 && raw.id == ChunkId("ds64")) {
+    if (depth == 1 && raw.id == c_sizes64Id) {
         return fail(raw.uiOffset, "a chunk header", "\"ds64\": files with 64-bit sizes are not supported");
     }
     noteDefects(raw);

@@ -114,6 +114,11 @@ TEST(IFFParserKeeps, BytesInListsThatAreNoChunk) {
                "38: 10 bytes at the end of a list are no chunk\n");
 }
 
+TEST(IFFParserKeeps, RestOfSevenBytesThatItsPaddingWouldMakeTheHeaderOf64BitSizes) {
+    expectKept(file(fmt() + "ds64" + zeros(3)) + zeros(1), "fmt :16 tail:7",
+               "36: 7 bytes at the end of a list are no chunk\n");
+}
+
 TEST(IFFParserKeeps, ChunksWithUnprintableIdentifiersThatFit) {
     expectKept(file(chunk("\x01"
                           "abc",
