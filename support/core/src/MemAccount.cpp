@@ -28,10 +28,18 @@ MemAccount& MemAccount::named(const char* name) {
     return *pAccount;
 }
 
-// Neither is inline: a compiler that sees through one operator of a pair but not the other takes them for mismatched.
+// None is inline: a compiler that sees through one operator of a pair but not the other takes them for mismatched.
 void* MemAccount::allocate(std::size_t size) {
     void* memory = ::operator new(size);
     m_iLive.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+
+void* MemAccount::allocate(std::size_t size, const std::nothrow_t& nothrow) noexcept {
+    void* memory = ::operator new(size, nothrow);
+    if (memory != nullptr) {
+        m_iLive.fetch_add(1, std::memory_order_relaxed);
+    }
     return memory;
 }
 

@@ -77,6 +77,15 @@ TEST(MemAccount, DoesNotCountAnObjectBuiltInPlace) {
     pBase->~Base();
 }
 
+TEST(MemAccount, CountsAnObjectMadeWithoutThrowing) {
+    const std::int64_t before = live();
+    const std::unique_ptr<Base> pBase(new (std::nothrow) Derived);
+    ASSERT_NE(pBase, nullptr);
+    EXPECT_EQ(live(), before + 1);
+    EXPECT_THROW(delete new (std::nothrow) Throwing, int);
+    EXPECT_EQ(live(), before + 1);
+}
+
 TEST(MemAccount, ForgetsAnObjectWhoseConstructorThrew) {
     const std::int64_t before = live();
     EXPECT_THROW(delete new Throwing, int);

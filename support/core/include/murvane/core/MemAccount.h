@@ -28,6 +28,9 @@ public:
     /// @throws std::bad_alloc
     void* allocate(std::size_t size);
 
+    /// The same, but null where there is no memory.
+    void* allocate(std::size_t size, const std::nothrow_t& nothrow) noexcept;
+
     /// Returns memory of this account; null is ignored. The size, where the caller knows it, may be passed along.
     void deallocate(void* memory, std::size_t size = 0) noexcept;
 
@@ -53,6 +56,9 @@ private:
     static void* operator new(std::size_t size) {                                          \
         return getMemAccount().allocate(size);                                             \
     }                                                                                      \
+    static void* operator new(std::size_t size, const std::nothrow_t& nothrow) noexcept {  \
+        return getMemAccount().allocate(size, nothrow);                                    \
+    }                                                                                      \
     static void* operator new(std::size_t, void* place) noexcept {                         \
         return place;                                                                      \
     }                                                                                      \
@@ -61,6 +67,9 @@ private:
     }                                                                                      \
     static void operator delete(void* memory, std::size_t size) noexcept {                 \
         getMemAccount().deallocate(memory, size);                                          \
+    }                                                                                      \
+    static void operator delete(void* memory, const std::nothrow_t&) noexcept {            \
+        getMemAccount().deallocate(memory);                                                \
     }                                                                                      \
     static void operator delete(void*, void*) noexcept {}                                  \
     static void operator delete[](void* memory) noexcept {                                 \
