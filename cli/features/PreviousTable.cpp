@@ -22,7 +22,7 @@ bool isBefore(const std::timespec& a, const std::timespec& b) {
 }
 
 std::string describe(const std::optional<Shard>& shard) {
-    return shard ? "part " + shard->text() : "a whole table";
+    return shard ? "shard " + shard->text() : "a whole table";
 }
 
 void checkMadeAlike(const TableTarget& target, const ManifestReader::Summary& summary) {

@@ -107,7 +107,8 @@ void TableParts::checkBelongTogether(const TablePart& part) const {
     const TablePart& first = m_parts.front();
     const TableInputs& expected = first.summary.inputs;
     if (inputs.shard->count != expected.shard->count) {
-        refuse(part, "is part " + inputs.shard->text() + ", but " + first.path + " is part " + expected.shard->text());
+        refuse(part,
+               "is shard " + inputs.shard->text() + ", but " + first.path + " is shard " + expected.shard->text());
     }
     if (inputs.list != expected.list) {
         refuse(part, "is made of another list of inputs than " + first.path);
@@ -118,7 +119,7 @@ void TableParts::checkBelongTogether(const TablePart& part) const {
     }
     const std::uint64_t size = inputs.shard->end(inputs.list.count) - inputs.shard->first(inputs.list.count);
     if (part.summary.entryCount != size) {
-        refuse(part, "tells of " + std::to_string(part.summary.entryCount) + " inputs, but part " +
+        refuse(part, "tells of " + std::to_string(part.summary.entryCount) + " inputs, but shard " +
                          inputs.shard->text() + " of " + std::to_string(inputs.list.count) + " has " +
                          std::to_string(size));
     }
@@ -130,7 +131,7 @@ void TableParts::checkAllThere() const {
     for (const TablePart& part : m_parts) {
         const Shard& shard = *part.summary.inputs.shard;
         if (shard.index < next) {
-            refuse(part, "is part " + shard.text() + ", and so is " + (&part - 1)->path);
+            refuse(part, "is shard " + shard.text() + ", and so is " + (&part - 1)->path);
         }
         if (shard.index > next) {
             break;
@@ -138,7 +139,7 @@ void TableParts::checkAllThere() const {
         ++next;
     }
     if (next <= count) {
-        throw TableError("part " + Shard{next, count}.text() + " is missing");
+        throw TableError("shard " + Shard{next, count}.text() + " is missing");
     }
 }
 

@@ -129,17 +129,17 @@ class Refused(MergeTest):
     def test_parts_that_are_missing(self):
         parts = self.parts(3, "--feature", "MEAN")
         for missing in range(3):
-            self.assert_refused(f"part {missing + 1}/3 is missing", *parts[:missing], *parts[missing + 1:])
+            self.assert_refused(f"shard {missing + 1}/3 is missing", *parts[:missing], *parts[missing + 1:])
         self.assert_refused("nowhere.json: No such file or directory", *parts, "nowhere")
 
     def test_parts_that_overlap(self):
         parts = self.parts(3, "--feature", "MEAN")
-        self.assert_refused("part2: is part 2/3, and so is part2", *parts, "part2")
+        self.assert_refused("part2: is shard 2/3, and so is part2", *parts, "part2")
         for suffix in ("", ".json"):
             shutil.copy(self.path("part2" + suffix), self.path("copy" + suffix))
-        self.assert_refused("(part2: is part 2/3, and so is copy|copy: is part 2/3, and so is part2)", *parts, "copy")
+        self.assert_refused("(part2: is shard 2/3, and so is copy|copy: is shard 2/3, and so is part2)", *parts, "copy")
         self.features(*self.names, "--feature", "MEAN", "--shard", "2/2", "-o", "other")
-        self.assert_refused("other: is part 2/2, but part1 is part 1/3", "part1", "other", "part3")
+        self.assert_refused("other: is shard 2/2, but part1 is shard 1/3", "part1", "other", "part3")
 
     def test_parts_made_otherwise(self):
         parts = self.parts(2, "--feature", "MEAN")

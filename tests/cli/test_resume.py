@@ -245,15 +245,15 @@ class Refused(ResumeTest):
                 (["--feature", "MEAN", "--expr", "f=zeroCrossingRate(x)", "--format", "npy"],
                  "its format is csv, not npy"),
                 (["--feature", "MEAN", "--expr", "f=zeroCrossingRate(x)", "--shard", "1/2"],
-                 "it is a whole table, not part 1/2")):
+                 "it is a whole table, not shard 1/2")):
             self.assert_usage_error(self.features(*self.names, "-o", "t", "--resume", *arguments), "cannot resume t: ",
                                     message, "remove it, or name another --output")
         self.assertEqual(self.state(), before)
 
     def test_another_part(self):
         self.resume("--shard", "1/3")
-        self.assert_usage_error(self.resume("--shard", "2/3", code=2), "it is part 1/3, not part 2/3")
-        self.assert_usage_error(self.resume(code=2), "it is part 1/3, not a whole table")
+        self.assert_usage_error(self.resume("--shard", "2/3", code=2), "it is shard 1/3, not shard 2/3")
+        self.assert_usage_error(self.resume(code=2), "it is shard 1/3, not a whole table")
 
     def test_no_output_to_resume(self):
         self.assert_usage_error(self.features("0.wav", "--feature", "MEAN", "--resume"), "--resume needs --output PATH")
