@@ -166,8 +166,9 @@ TEST(AudioFeatureFactory, AssertsTheNumberOfParameters) {
 }
 
 TEST(AudioFeatureFactory, AnUnknownNameIsLookedForAndGivesNull) {
-    for (const std::string name : {"NOSUCH", "SPECTRU", "SPECTRUM1", " SPECTRUM", "SPECTRUM ", "NonLogPeaks",
-                                   "NONLOGPEAKS", "nonlogpeaks", "PONDERATEDPEAKS", "MEANMAX", "MEAN", "AMPLITUDE"}) {
+    for (const std::string name :
+         {"NOSUCH", "SPECTRU", "SPECTRUM1", " SPECTRUM", "SPECTRUM ", "NonLogPeaks", "NONLOGPEAKS", "nonlogpeaks",
+          "PONDERATEDPEAKS", "MEANMAX", "MEAN", "AMPLITUDE", "FLATNESS_SPECTRUM"}) {
         const LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
         EXPECT_EQ(built(name), nullptr) << name;
         EXPECT_EQ(built(name + "(1,2)"), nullptr) << name;
@@ -175,18 +176,18 @@ TEST(AudioFeatureFactory, AnUnknownNameIsLookedForAndGivesNull) {
     }
 }
 
-TEST(AudioFeatureFactory, TheTextOfTypesWithoutANameIsNotEvenAnElement) {
+TEST(AudioFeatureFactory, TheTextOfTypesWithoutANameIsUnknown) {
     const LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
     EXPECT_EQ(built("???Feature_FeatureType???"), nullptr);
     EXPECT_EQ(built("???FEATURE_FEATURETYPE???"), nullptr);
     EXPECT_THAT(log.records(),
-                ElementsAre(failedAssertion(c_szSplits, c_szSource), failedAssertion(c_szSplits, c_szSource)));
+                ElementsAre(lookingFor("???Feature_FeatureType???"), lookingFor("???FEATURE_FEATURETYPE???")));
 }
 
 TEST(AudioFeatureFactory, AMalformedNameIsAnAssertionAndNotLookedFor) {
-    for (const char* name : {static_cast<const char*>(nullptr), "", "_", "SPECTRUM_", "_SPECTRUM", "FLATNESS_SPECTRUM",
-                             "FLATNESS__SPECTRUM", "SPECTRUM(", "SPECTRUM)", "SPECTRUM(1", "SPECTRUM(1))", "(1)",
-                             "SPECTRUM(1)2", "SPECTRUM(,)", "ZEROCROSSINGRATE(8000,)", "SPECTRUM,1"}) {
+    for (const char* name : {static_cast<const char*>(nullptr), "", "_", "SPECTRUM_", "_SPECTRUM", "FLATNESS__SPECTRUM",
+                             "SPECTRUM(", "SPECTRUM)", "SPECTRUM(1", "SPECTRUM(1))", "(1)", "SPECTRUM(1)2",
+                             "SPECTRUM(,)", "ZEROCROSSINGRATE(8000,)", "SPECTRUM,1"}) {
         const LogRecorder log(log4cplus::TRACE_LOG_LEVEL);
         EXPECT_EQ(AudioFeatureFactory().getNewBaseFeature(name), nullptr);
         EXPECT_THAT(log.records(), ElementsAre(failedAssertion(c_szSplits, c_szSource)))

@@ -11,6 +11,7 @@
 #include <boost/serialization/vector.hpp>
 
 #include <algorithm>
+#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -23,6 +24,7 @@ namespace {
 
 constexpr const char* c_szSource = "MathFeatureComputerImpl";
 constexpr std::string_view c_strDefaultInput = "Amplitude";
+constexpr std::string_view c_strBlanks = " \t\n\v\f\r";
 constexpr const char* c_szFeaturesListKey = "featurecomputer.featuresList";
 
 const Logger& logger() {
@@ -45,6 +47,32 @@ std::string canonicalTail(std::span<const std::string> elements) {
         tail += ')';
     }
     return tail;
+}
+
+// The names of a list: blanks part them, but not within the parentheses of parameters.
+StringVector splitNames(std::string_view list) {
+    StringVector names;
+    std::string name;
+    int depth = 0;
+    for (const char c : list) {
+        if (depth <= 0 && c_strBlanks.find(c) != std::string_view::npos) {
+            if (!name.empty()) {
+                names.push_back(std::exchange(name, {}));
+            }
+            continue;
+        }
+        depth += c == '(' ? 1 : c == ')' ? -1 : 0;
+        name += c;
+    }
+    if (!name.empty()) {
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
+bool overlap(std::span<const DoubleVector> a, std::span<const DoubleVector> b) {
+    const std::less<> isBefore;
+    return isBefore(a.data(), b.data() + b.size()) && isBefore(b.data(), a.data() + a.size());
 }
 
 }  // namespace
@@ -88,8 +116,7 @@ bool FeatureComputerImpl::configure(const ROConfiguration& config) {
     std::vector<Node> previousNodes = std::exchange(m_vNodes, {});
     std::vector<std::size_t> previousResults = std::exchange(m_vResults, {});
     const bool wasPlanned = std::exchange(m_bPlanned, true);
-    std::istringstream names = Text::reader(list);
-    for (std::string name; names >> name;) {
+    for (const std::string& name : splitNames(list)) {
         if (!addFeature(name.c_str())) {
             logger().log(LogLevel::Error, c_szSource, __LINE__, "Unknown feature ", name, " in parameter ",
                          c_szFeaturesListKey);
@@ -108,6 +135,14 @@ bool FeatureComputerImpl::computeFeatures(DoubleVector& out) {
 }
 
 bool FeatureComputerImpl::computeFeatures(std::span<DoubleVector> out) {
+    if (std::any_of(m_vInputs.begin(), m_vInputs.end(),
+                    [&](const Input& input) { return overlap(input.windows, out); })) {
+        // Inputs are read to the end: what replaces them is put together apart.
+        std::vector<DoubleVector> values(out.size());
+        const bool isComputed = computeFeatures(std::span(values));
+        std::move(values.begin(), values.end(), out.begin());
+        return isComputed;
+    }
     for (DoubleVector& values : out) {
         values.clear();
     }
@@ -183,9 +218,9 @@ bool FeatureComputerImpl::isInput(const std::string& name) const {
     return std::any_of(m_vInputs.begin(), m_vInputs.end(), [&](const Input& input) { return input.name == name; });
 }
 
-// Plans the whole list anew.
+// Plans the whole list anew. Features whose tail stays go on with what they remember.
 bool FeatureComputerImpl::plan() {
-    m_vNodes.clear();
+    std::vector<Node> previousNodes = std::exchange(m_vNodes, {});
     m_vResults.clear();
     m_bPlanned = std::all_of(m_vFeatureNames.begin(), m_vFeatureNames.end(), [this](const std::string& name) {
         if (planName(name.c_str())) {
@@ -194,7 +229,24 @@ bool FeatureComputerImpl::plan() {
         logger().log(LogLevel::Error, c_szSource, __LINE__, "Unknown feature ", name);
         return false;
     });
-    return m_bPlanned;
+    if (!m_bPlanned) {
+        m_vNodes = std::move(previousNodes);
+        return false;
+    }
+    for (Node& previous : previousNodes) {
+        const std::size_t same = findNode(previous.tail);
+        if (same != Node::c_uiNone) {
+            m_vNodes[same].pFeature = std::move(previous.pFeature);
+        }
+    }
+    return true;
+}
+
+// The node of a tail, if there is one.
+std::size_t FeatureComputerImpl::findNode(const std::string& tail) const {
+    const auto found =
+        std::find_if(m_vNodes.begin(), m_vNodes.end(), [&](const Node& node) { return node.tail == tail; });
+    return found == m_vNodes.end() ? Node::c_uiNone : static_cast<std::size_t>(found - m_vNodes.begin());
 }
 
 // Plans one more name; on failure the plan stays as it was.
@@ -223,10 +275,8 @@ std::size_t FeatureComputerImpl::planElements(std::span<const std::string> eleme
     if (isInput(elements.back())) {
         node.tail += '=' + elements.back();
     }
-    const auto planned =
-        std::find_if(m_vNodes.begin(), m_vNodes.end(), [&](const Node& other) { return other.tail == node.tail; });
-    if (planned != m_vNodes.end()) {
-        return static_cast<std::size_t>(planned - m_vNodes.begin());
+    if (const std::size_t planned = findNode(node.tail); planned != Node::c_uiNone) {
+        return planned;
     }
     if (node.input.empty()) {
         node.pFeature.reset(m_pool.getNewBaseFeature(elements.front().c_str()));
@@ -267,6 +317,7 @@ void FeatureComputerImpl::serialize(Archive& archive, unsigned int) {
     archive& boost::serialization::make_nvp("m_vFeatureNames", names);
     if constexpr (Archive::is_loading::value) {
         m_vFeatureNames = std::move(names);
+        m_vNodes.clear();
         m_bPlanned = false;
     }
 }
@@ -276,6 +327,11 @@ template void FeatureComputerImpl::serialize(boost::archive::polymorphic_oarchiv
 
 FeatureComputerWithInputsImpl::FeatureComputerWithInputsImpl() = default;
 FeatureComputerWithInputsImpl::~FeatureComputerWithInputsImpl() = default;
+
+// Nobody knows how long the value of a caller lives who gave it away: only what keeps it can take it.
+bool FeatureComputerWithInputs::setInput(const char*, DoubleVector&&) {
+    return false;
+}
 
 bool FeatureComputerWithInputsImpl::setInput(const char* name, const DoubleVector& value) {
     return setInputWindows(name, std::span<const DoubleVector>(&value, 1));

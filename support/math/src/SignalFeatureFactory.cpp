@@ -27,12 +27,18 @@ bool splitList(std::string_view list, StringVector& params) {
     return true;
 }
 
+// No base of a factory has an underscore. One between other characters is let through all the same: what somebody took
+// for the name of one feature is then told to be unknown, not malformed.
+bool isBase(std::string_view base) {
+    return !base.empty() && base.front() != '_' && base.back() != '_' && base.find("__") == std::string_view::npos;
+}
+
 bool splitElement(std::string_view element, std::string& base, StringVector& params) {
-    const std::size_t baseEnd = std::min(element.find_first_of("_(),"), element.size());
-    if (baseEnd == 0) {
+    const std::size_t baseEnd = std::min(element.find_first_of("(),"), element.size());
+    base = element.substr(0, baseEnd);
+    if (!isBase(base)) {
         return false;
     }
-    base = element.substr(0, baseEnd);
     if (baseEnd == element.size()) {
         return true;
     }

@@ -180,6 +180,32 @@ TEST(FeatureComputer, BindingAnInputThatNoNameReadsKeepsTheMemories) {
     EXPECT_THAT(computer.computed(), ElementsAre(2.0, 1.0));
 }
 
+TEST(FeatureComputer, AFeatureThatAnInputTakesThePlaceOfLeavesTheMemoriesOfTheOthers) {
+    Computer computer({"CALLS", "MEAN"});
+    const DoubleVector window{1.0, 3.0};
+    const DoubleVector named{7.0};
+    computer.setInput("Amplitude", window);
+    EXPECT_THAT(computer.computed(), ElementsAre(1.0, 2.0));
+    computer.setInput("MEAN", named);
+    EXPECT_THAT(computer.computed(), ElementsAre(2.0, 7.0));
+    EXPECT_TRUE(computer.reset());
+    EXPECT_THAT(computer.computed(), ElementsAre(1.0, 7.0));
+}
+
+TEST(FeatureComputer, TheOutputMayBeAnInput) {
+    Computer computer({"MEAN", "COUNT"});
+    DoubleVector window{1.0, 3.0};
+    computer.setInput("Amplitude", window);
+    EXPECT_TRUE(computer.computeFeatures(window));
+    EXPECT_THAT(window, ElementsAre(2.0, 2.0, 4.0));
+    EXPECT_TRUE(computer.computeFeatures(window));
+    EXPECT_THAT(window, ElementsAre(8.0 / 3.0, 3.0, 3.0, 5.0));
+    Computer failing({"MEAN", "FAIL"});
+    failing.setInput("Amplitude", window);
+    EXPECT_FALSE(failing.computeFeatures(window));
+    EXPECT_THAT(window, IsEmpty());
+}
+
 TEST(FeatureComputer, AnInputIsBoundNotCopied) {
     Computer computer({"MEAN"});
     DoubleVector window{1.0};
@@ -204,6 +230,14 @@ TEST(FeatureComputer, AVectorThatNobodyKeepsMovesIn) {
     const DoubleVector kept{9.0};
     EXPECT_TRUE(computer.setInput("other", kept));
     EXPECT_THAT(computer.computed(), ElementsAre(2.0, 9.0));
+}
+
+TEST(FeatureComputer, AVectorThatNobodyKeepsMovesInThroughTheInterface) {
+    Computer computer({"MEAN"});
+    FeatureComputerWithInputs& inputs = computer;
+    EXPECT_TRUE(inputs.setInput("Amplitude", DoubleVector{1.0, 3.0}));
+    EXPECT_THAT(computer.computed(), ElementsAre(2.0));
+    EXPECT_FALSE(inputs.setInput("", DoubleVector{1.0}));
 }
 
 TEST(FeatureComputer, RefusesAnInputWithoutAName) {
@@ -285,6 +319,22 @@ TEST(FeatureComputer, ConfigureReplacesTheList) {
     EXPECT_THAT(computer.getFeatureNames(), IsEmpty());
     EXPECT_THAT(computer.computed(), IsEmpty());
     EXPECT_THAT(log.records(), IsEmpty());
+}
+
+TEST(FeatureComputer, BlanksWithinParenthesesBelongToAName) {
+    ParameterTrie config;
+    config.setStringParameter("featurecomputer.featuresList", "RANGE( 1, 2 )_COUNT\n MEAN");
+    Computer computer;
+    EXPECT_TRUE(computer.configure(config));
+    EXPECT_THAT(computer.getFeatureNames(), ElementsAre("RANGE( 1, 2 )_COUNT", "MEAN"));
+    const LogRecorder log;
+    config.setStringParameter("featurecomputer.featuresList", "MEAN RANGE(1, 2 COUNT");
+    EXPECT_FALSE(computer.configure(config));
+    config.setStringParameter("featurecomputer.featuresList", "MEAN) COUNT");
+    EXPECT_FALSE(computer.configure(config));
+    EXPECT_THAT(log.records(),
+                ElementsAre(error("Unknown feature RANGE(1, 2 COUNT in parameter featurecomputer.featuresList"),
+                            error("Unknown feature MEAN) in parameter featurecomputer.featuresList")));
 }
 
 TEST(FeatureComputer, ARefusedConfigurationLeavesListAndMemoriesAlone) {

@@ -25,7 +25,7 @@ class MURVANE_API FeatureComputer : public virtual Resettable, public virtual Cl
 public:
     /// Computes every feature of the list.
     ///
-    /// @param out  replaced by the values of all features, in the order of the list
+    /// @param out  replaced by the values of all features, in the order of the list; may be one of the inputs
     /// @return false, with `out` empty, when a feature fails or has no input
     virtual bool computeFeatures(DoubleVector& out) = 0;
 };
@@ -39,6 +39,11 @@ public:
     ///
     /// @return false for a null or empty name
     virtual bool setInput(const char* name, const DoubleVector& value) = 0;
+
+    /// The same for a vector that nobody keeps: it moves into the computer.
+    ///
+    /// @return false for a null or empty name, and, unless overridden, for every one
+    virtual bool setInput(const char* name, DoubleVector&& value);
 };
 
 /// Evaluates a list of feature names (see `SignalFeatureFactory` for their form) through a feature pool.
@@ -66,7 +71,8 @@ public:
     ///         nor, as the last one, the name of an input bound before
     bool addFeature(const char* name);
 
-    /// Replaces the list by the blank-separated names of "featurecomputer.featuresList".
+    /// Replaces the list by the names of "featurecomputer.featuresList". Blanks separate them, other than blanks
+    /// within the parentheses of a name.
     ///
     /// @return false, after an ERROR record and with the list unchanged, when the key is absent or a name is refused
     bool configure(const ROConfiguration& config);
@@ -105,6 +111,7 @@ private:
     std::span<const DoubleVector> inputOf(const Node& node) const;
     bool plan();
     bool planName(const char* name);
+    std::size_t findNode(const std::string& tail) const;
     std::size_t planElements(std::span<const std::string> elements);
 
     SignalFeaturePool m_pool;
@@ -112,7 +119,7 @@ private:
     std::vector<Input> m_vInputs;  // in the order of first binding
 
     // The plan: one node per distinct tail, inner ones first. It follows the list of names, and is made anew when a
-    // list was loaded or a new input takes the place of a feature.
+    // list was loaded or a new input takes the place of a feature; the other features keep what they remember.
     bool m_bPlanned = true;
     std::vector<Node> m_vNodes;
     std::vector<std::size_t> m_vResults;  // the node of each name
@@ -127,9 +134,7 @@ public:
     ~FeatureComputerWithInputsImpl() override;
 
     bool setInput(const char* name, const DoubleVector& value) override;
-
-    /// The same for a vector that nobody keeps: it moves into the computer.
-    bool setInput(const char* name, DoubleVector&& value);
+    bool setInput(const char* name, DoubleVector&& value) override;
 
     /// Binds several windows to a name, for `computeFeatures(std::span<DoubleVector>)`; they must outlive their use.
     bool setInputWindows(const char* name, std::span<const DoubleVector> windows);

@@ -35,7 +35,8 @@ public:
     /// the name is malformed or an element is not built here.
     SignalFeature* getNewFeature(const char* name);
 
-    /// Splits one element into its base and its parameters, in order.
+    /// Splits one element into its base and its parameters, in order. A base with single underscores between other
+    /// characters is well-formed here, though no factory builds it.
     ///
     /// @return false when the element is malformed; the outputs are then empty
     static bool splitParams(const char* name, std::string& base, StringVector& params);
