@@ -1,16 +1,21 @@
 #include <murvane/core/FileReplacement.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <string_view>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace Zantrix {
 
 namespace {
+
+constexpr const char* c_szAccessList = "system.posix_acl_access";
 
 // Where a path leads once its links are followed; also when the last link points to nothing yet.
 std::string followLinks(const std::string& path) {
@@ -70,6 +75,44 @@ bool writeWhole(const void* bytes, std::size_t size, WriteSome writeSome) {
     return true;
 }
 
+// What other programs and people attached to a file, and the list of who may use it. The rest is the system's own,
+// which gives a new file what is due to it.
+bool isOfUsers(std::string_view attribute) {
+    return attribute.starts_with("user.") || attribute == c_szAccessList;
+}
+
+bool isSupported(int errorNumber) {
+    return errorNumber != EOPNOTSUPP && errorNumber != ENOSYS;
+}
+
+bool copyAttribute(const std::string& from, const char* name, int to) {
+    const ssize_t size = ::getxattr(from.c_str(), name, nullptr, 0);
+    std::string value(static_cast<std::size_t>(std::max<ssize_t>(size, 0)), '\0');
+    return size >= 0 && ::getxattr(from.c_str(), name, value.data(), value.size()) == size &&
+           ::fsetxattr(to, name, value.data(), value.size(), 0) == 0;
+}
+
+// Gives a new file the extended attributes of an old one, and no access list that only its folder hands out.
+bool copyAttributes(const std::string& from, int to) {
+    const ssize_t size = ::listxattr(from.c_str(), nullptr, 0);
+    if (size < 0) {
+        return !isSupported(errno);
+    }
+    std::string names(static_cast<std::size_t>(size), '\0');
+    if (::listxattr(from.c_str(), names.data(), names.size()) != size) {
+        return false;
+    }
+    bool hasAccessList = false;
+    for (std::size_t start = 0; start < names.size(); start += std::strlen(&names[start]) + 1) {
+        const char* szName = &names[start];
+        hasAccessList = hasAccessList || std::strcmp(szName, c_szAccessList) == 0;
+        if (!copyAttribute(from, szName, to) && isOfUsers(szName)) {
+            return false;
+        }
+    }
+    return hasAccessList || ::fremovexattr(to, c_szAccessList) == 0 || errno == ENODATA || !isSupported(errno);
+}
+
 bool readAll(int descriptor, std::string& bytes) {
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) {
@@ -97,7 +140,7 @@ bool reserve(int descriptor, std::size_t size) {
     if (size == 0 || ::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)) == 0) {
         return true;
     }
-    return errno == EOPNOTSUPP || errno == ENOSYS;
+    return !isSupported(errno);
 }
 
 // Makes these bytes the content of the file, on disk.
@@ -153,7 +196,7 @@ bool FileReplacement::open(const std::string& path, InPlace inPlace) {
     }
     if (m_iDescriptor >= 0) {
         m_eKind = Kind::Temporary;
-        return !exists || adoptModeAndOwner();
+        return !exists || adopt(status, inPlace);
     }
     const int error = errno;
     if (exists && inPlace == InPlace::Allowed && (error == EACCES || error == EPERM || error == EROFS)) {
@@ -163,16 +206,20 @@ bool FileReplacement::open(const std::string& path, InPlace inPlace) {
     return fail(error);
 }
 
-bool FileReplacement::adoptModeAndOwner() {
-    struct stat status {};
-    if (::stat(m_strTarget.c_str(), &status) != 0) {
-        return fail(errno);
+// Makes the temporary file what the target is: whose it is, who may use it, what is attached to it.
+bool FileReplacement::adopt(const struct stat& target, InPlace inPlace) {
+    struct stat own {};
+    const bool isOwnersOwn =
+        (::fstat(m_iDescriptor, &own) == 0 && own.st_uid == target.st_uid && own.st_gid == target.st_gid) ||
+        ::fchown(m_iDescriptor, target.st_uid, target.st_gid) == 0;
+    if (!(isOwnersOwn && copyAttributes(m_strTarget, m_iDescriptor)) && inPlace == InPlace::Allowed) {
+        // Another file in its place would take it away from its owner, or from those who may use it.
+        discard();
+        m_eKind = Kind::Buffer;
+        return true;
     }
-    // An owner that may not be given away stays ours; the mode comes last, as changing the owner clears bits.
-    if (::fchown(m_iDescriptor, status.st_uid, status.st_gid) != 0) {
-        static_cast<void>(::fchown(m_iDescriptor, static_cast<uid_t>(-1), status.st_gid) == 0);
-    }
-    return ::fchmod(m_iDescriptor, status.st_mode & 07777) == 0 || fail(errno);
+    // The mode comes last, as changing the owner clears bits. Those that lend an owner's rights go to no other owner.
+    return ::fchmod(m_iDescriptor, target.st_mode & (isOwnersOwn ? 07777 : 0777)) == 0 || fail(errno);
 }
 
 bool FileReplacement::write(const void* bytes, std::size_t size) {

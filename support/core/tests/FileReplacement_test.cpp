@@ -174,49 +174,6 @@ TEST_F(FileReplacementTest, IsAsOldAsItIsToldToBe) {
     EXPECT_GT(modified().first, 1000000000);
 }
 
-TEST_F(FileReplacementTest, KeepsTheModeOfTheFileItReplaces) {
-    for (const mode_t mode : {0600u, 0644u, 0751u, 0444u, 01777u}) {
-        fs::remove(m_path);
-        writeBytes(m_path, "old");
-        ASSERT_EQ(::chmod(m_path.c_str(), mode), 0);
-        FileReplacement file;
-        if (::geteuid() != 0 && (mode & 0200u) == 0) {
-            EXPECT_FALSE(file.open(m_path)) << "it may not be written";
-            continue;
-        }
-        ASSERT_TRUE(file.open(m_path));
-        EXPECT_TRUE(file.commit());
-        EXPECT_EQ(modeOf(m_path), mode);
-    }
-}
-
-TEST_F(FileReplacementTest, GivesANewFileWhatTheUsersMaskLeaves) {
-    for (const mode_t mask : {022u, 077u, 0u}) {
-        const mode_t before = ::umask(mask);
-        fs::remove(m_path);
-        FileReplacement file;
-        EXPECT_TRUE(file.open(m_path));
-        EXPECT_TRUE(file.commit());
-        ::umask(before);
-        EXPECT_EQ(modeOf(m_path), 0666u & ~mask);
-    }
-}
-
-TEST_F(FileReplacementTest, KeepsTheOwnerWhereItMay) {
-    writeBytes(m_path, "old");
-    giveToUser(m_path);
-    struct stat before {};
-    ASSERT_EQ(::stat(m_path.c_str(), &before), 0);
-    FileReplacement file;
-    ASSERT_TRUE(file.open(m_path));
-    EXPECT_TRUE(file.commit());
-    struct stat after {};
-    ASSERT_EQ(::stat(m_path.c_str(), &after), 0);
-    EXPECT_EQ(after.st_uid, before.st_uid);
-    EXPECT_EQ(after.st_gid, before.st_gid);
-    EXPECT_NE(after.st_ino, before.st_ino) << "it is another file";
-}
-
 TEST_F(FileReplacementTest, RefusesAFileThatMayNotBeWritten) {
     writeBytes(m_path, "old");
     giveToUser(m_folder.path().string());

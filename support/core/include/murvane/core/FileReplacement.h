@@ -8,21 +8,25 @@
 #include <optional>
 #include <string>
 
+struct stat;
+
 namespace Zantrix {
 
 /// Writes a file that appears only when it is whole: readers see the old file or the new one, never a part.
 ///
-/// 1. `open` makes a temporary file beside the target.
+/// 1. `open` makes a temporary file beside the target, with the target's owner, mode, access list and other extended
+///    attributes.
 /// 2. `write` and `writeAt` fill it.
-/// 3. `commit` flushes it to disk, gives it the target's mode and owner, and renames it over the target.
+/// 3. `commit` flushes it to disk and renames it over the target. Other hard links of the target keep the old file.
 ///    Destruction without `commit` removes the temporary and leaves the target as it was.
 ///
 /// A link is followed: what it points to is replaced. Devices and pipes are written directly, as there is
 /// nothing to replace.
 ///
-/// A file in a folder that takes no temporary is overwritten, if `InPlace::Allowed`: the bytes are kept in memory until
-/// `commit`, which asks for all the room first and puts the old bytes back when something fails. Readers may see a part
-/// then, and a process that is killed meanwhile leaves one.
+/// A file in a folder that takes no temporary, or one whose owner, group or access list a new file cannot be given, is
+/// overwritten, if `InPlace::Allowed`: the bytes are kept in memory until `commit`, which asks for all the room first
+/// and puts the old bytes back when something fails. Readers may see a part then, and a process that is killed
+/// meanwhile leaves one. With `InPlace::Refused` the new file gets what it can be given.
 ///
 /// Every operation returns false on failure; `getError()` then tells why, in words. After a failure only
 /// destruction makes sense.
@@ -70,7 +74,7 @@ private:
     bool append(const void* bytes, std::size_t size);
     bool overwriteTarget();
     void applyTime();
-    bool adoptModeAndOwner();
+    bool adopt(const struct stat& target, InPlace inPlace);
     void discard() noexcept;
 
     Kind m_eKind = Kind::Closed;
