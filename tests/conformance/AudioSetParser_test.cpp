@@ -44,6 +44,26 @@ TEST_F(AudioSetParserTest, BeginsEmpty) {
     EXPECT_EQ(m_file, "");
 }
 
+TEST_F(AudioSetParserTest, ListThatWasMovedFromIsAtItsEnd) {
+    make({"sets/a.wav", "sets/b.wav"});
+    writeBytes("sets/list.txt", "a.wav\nb.wav\n");
+    ASSERT_TRUE(m_parser.setAudioSetFilename("sets/list.txt"));
+    ASSERT_TRUE(m_parser.gotoFirstAudioFile());
+    EXPECT_TRUE(m_parser.getNextAudioFile(m_file));
+    EXPECT_TRUE(m_parser.getNextAudioFile(m_file));
+    const AudioSetParser taken = std::move(m_parser);
+    EXPECT_EQ(taken.getNbOfEntries(), 2u);
+    EXPECT_FALSE(m_parser.getNextAudioFile(m_file));
+    EXPECT_EQ(m_file, "");
+    EXPECT_TRUE(m_parser.atEnd());
+}
+
+TEST_F(AudioSetParserTest, NullForAnEntryIsAnEmptyOne) {
+    const LogRecorder log;
+    EXPECT_FALSE(AudioSetParser::findAudioFile(nullptr, nullptr, m_file));
+    EXPECT_THAT(log.records(), ElementsAre(badName("")));
+}
+
 TEST_F(AudioSetParserTest, SkipsCommentsAndEmptyLines) {
     make({"sets/a.wav"});
     EXPECT_THAT(filesOf("# tones\n\na.wav\n"), ElementsAre(m_here + "sets/a.wav"));

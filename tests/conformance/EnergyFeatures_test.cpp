@@ -52,6 +52,18 @@ TEST(EnergyHistogram, ExtremeMaximaStayWithinTheBins) {
     EXPECT_THAT(valuesOf(infinite, {0.0, 1.0, 1e300}), ElementsAre(2.0, 0.0, 0.0, 1.0));
 }
 
+TEST(EnergyHistogram, MoreBinsThanMemoryCouldHoldFailWithAnError) {
+    EnergyHistogramFeature feature(1.0, 1ULL << 62);
+    const testkit::LogRecorder recorder;
+    DoubleVector out = {3.0};
+    EXPECT_FALSE(feature.compute({0.5}, out));
+    EXPECT_THAT(out, ElementsAre(3.0));
+    ASSERT_EQ(recorder.records().size(), 1U);
+    EXPECT_EQ(recorder.records()[0].level, log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_THAT(recorder.records()[0].message,
+                testing::StartsWith("Could not make a histogram of 4611686018427387904 bins: "));
+}
+
 TEST(EnergyHistogram, WithoutBinsFailsTheAssertion) {
     EnergyHistogramFeature feature(1.0, 0);
     const testkit::LogRecorder recorder;

@@ -89,7 +89,7 @@ bool AudioSetParser::getNextAudioFile(std::string& out) {
     const TraceScope scope(logger(), "AudioSetParser::getNextAudioFile", c_szSource, __LINE__);
 
     goToNextValidFilename();
-    if (m_uiCurrent == m_vFiles.size()) {
+    if (m_uiCurrent >= m_vFiles.size()) {
         out.clear();
         return false;
     }
@@ -104,7 +104,7 @@ bool AudioSetParser::atEnd() const {
 }
 
 void AudioSetParser::goToNextValidFilename() {
-    if (m_uiCurrent == m_vFiles.size()) {
+    if (m_uiCurrent >= m_vFiles.size()) {
         return;
     }
     if (m_bFirst) {
@@ -124,6 +124,8 @@ const char* AudioSetParser::getFullFilename(const char* name) {
 
 bool AudioSetParser::findAudioFile(const char* listName, const char* entry, std::string& out) {
     out.clear();
+    listName = listName == nullptr ? "" : listName;
+    entry = entry == nullptr ? "" : entry;
     const auto skip = [&](const char* pathKind) {
         logger().log(LogLevel::Error, c_szSource, __LINE__, "Could not open  file ", entry, " (", pathKind,
                      " path detected). File will be skipped.");

@@ -3,6 +3,8 @@
 
 #include <murvane/audio/features/EnergyFeatures.h>
 
+#include <exception>
+
 namespace Zantrix::Audio {
 
 EnergyHistogramFeature::EnergyHistogramFeature(double energyMax, unsigned long long nbOfBins)
@@ -17,9 +19,16 @@ bool EnergyHistogramFeature::compute(const Math::DoubleVector& in, Math::DoubleV
         !featureAssertion(m_dEnergyMaxValue > 0, "m_dEnergyMaxValue > 0", __LINE__)) {
         return false;
     }
-    m_vBins.resize(m_uiNbOfBins);
-    energyHistogram(in, m_dEnergyMaxValue, m_vBins);
-    out.append(m_vBins.begin(), m_vBins.end());
+    try {
+        m_vBins.resize(m_uiNbOfBins);
+        energyHistogram(in, m_dEnergyMaxValue, m_vBins);
+        out.append(m_vBins.begin(), m_vBins.end());
+    } catch (const std::exception& exception) {
+        // More bins than there is memory for.
+        featureLogger().log(LogLevel::Error, c_szFeatureSource, __LINE__, "Could not make a histogram of ",
+                            m_uiNbOfBins, " bins: ", exception.what());
+        return false;
+    }
     return true;
 }
 

@@ -274,6 +274,20 @@ TEST(IFFParserRead, ReadingAgainReplacesEverything) {
     EXPECT_EQ(wav::outline(parser), "data:4");
 }
 
+TEST(IFFParserRead, ParserThatWasMovedFromStillHoldsItsFile) {
+    std::istringstream is(wav::annotatedFile());
+    IFFParser parser;
+    parser.read(is);
+    const IFFParser taken = std::move(parser);
+    for (const IFFParser* pEither : {&taken, static_cast<const IFFParser*>(&parser)}) {
+        EXPECT_TRUE(pEither->isValid());
+        EXPECT_FALSE(pEither->getChunks().empty());
+    }
+    std::ostringstream os;
+    parser.write(os);
+    EXPECT_EQ(os.str(), wav::annotatedFile());
+}
+
 TEST(IFFParserRead, CopyIsAFileOfItsOwn) {
     IFFParser original = wav::parse(wav::annotatedFile());
     const IFFParser copy = original;

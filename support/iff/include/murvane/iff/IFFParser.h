@@ -22,11 +22,15 @@ namespace Zantrix::IFF {
 /// also those that are not zero or missing, filler at the end of lists, and bytes after the RIFF chunk. A list other
 /// than "adtl" that does not divide into chunks is kept as plain bytes.
 ///
-/// A parser is a value: a copy has its own tree and shares the bytes. It is used by one thread at a time.
+/// A parser is a value: a copy has its own tree and shares the bytes. Moving one copies it, so that there is never a
+/// parser without a tree. It is used by one thread at a time.
 class MURVANE_API IFFParser {
 public:
     /// A parser that holds no file.
     explicit IFFParser(const ReadLimits& limits = ReadLimits());
+
+    IFFParser(const IFFParser& other) = default;
+    IFFParser& operator=(const IFFParser& other) = default;
 
     /// Reads the stream to its end, in place of what the parser held before; positions into that end.
     ///
