@@ -205,6 +205,20 @@ TEST(FunctionNames, AreThoseThatFormulasUse) {
     EXPECT_STREQ(ZeroCrossingRateFeature::sGetXprName(), "zeroCrossingRate");
 }
 
+template <typename Function>
+class AdaptedFunction : public testing::Test {};
+
+using AdaptedFunctions =
+    testing::Types<SpectrumFeature, FlatnessFeature, Zantrix::XprHarmonicProduct, Zantrix::XprSilenceRatio,
+                   Zantrix::XprNonLogPeaks, Zantrix::XprPeaks, Zantrix::XprPonderatedPeaks,
+                   Zantrix::XprZeroCrossingRate, Zantrix::XprSpectralRange, Zantrix::XprMaxSpectralRanges,
+                   Zantrix::XprLowFreqEnergyRatios>;
+TYPED_TEST_SUITE(AdaptedFunction, AdaptedFunctions);
+
+TYPED_TEST(AdaptedFunction, TellsItsNameWithoutAnObject) {
+    EXPECT_STREQ(TypeParam::sGetXprName(), TypeParam().getFunctionName());
+}
+
 // The direct bases that programs may rely on when they convert or reset features.
 TEST(FeatureBases, OnlyFeaturesWithAMemoryAreResettable) {
     using Zantrix::Resettable;

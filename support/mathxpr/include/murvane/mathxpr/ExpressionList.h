@@ -21,7 +21,7 @@ class ExpressionPlan;
 /// A value is a vector; a number is a vector of one; "-", "+", "*" and "/" work element by element with the arithmetic
 /// of doubles (x/0 is an infinity or NaN, not a failure). A vector of one goes with every element of the other operand,
 /// which may also be empty: the result is then empty. Other sizes that differ fail. Functions take vectors and give
-/// vectors; every occurrence of one owns its own feature.
+/// vectors; no occurrence of one sees what another one did.
 ///
 /// Life of a list:
 /// 1. Construct it with the names of its variables.

@@ -20,6 +20,9 @@ class MURVANE_API SignalFeatureToFunctionAdaptorBaseImpl : public SingleVariable
     static_assert(std::is_base_of_v<SignalFeature, F>);
 
 public:
+    /// The feature's name in formulas, which is the function's.
+    static const char* sGetXprName() { return F::sGetXprName(); }
+
     /// True for features that are `Resettable`. An adaptor of a feature that keeps something from window to window
     /// and is not `Resettable` must override it to return true.
     bool hasMemory() const override { return std::is_base_of_v<Resettable, F>; }
