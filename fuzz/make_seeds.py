@@ -96,6 +96,8 @@ ANNOTATED_FILE = {
     "past_the_end": riff(FMT, DATA, cue(1, record(0, 0xFFFFFFFF)), adtl(labelled_text(0, 0xFFFFFFFF), label(0, b"x"))),
     "huge_identifier": riff(FMT, DATA, cue(1, record(0xFFFFFFFF, 0)), ADTL),
     "odd_data": riff(FMT, ODD_DATA, cue(1, record(0, 1)), adtl(interval(0, b"x"))),
+    "padding_like_an_identifier": riff(FMT, chunk(b"junk", b"\1", padding=b"l"), labelled_text(0, 1),
+                                       chunk(b"ata\x08", b""), DATA),
     "truncated": riff(FMT, DATA, cue(1, record(1, 1)), ADTL)[:-9],
     "stereo": riff(chunk(b"fmt ", struct.pack("<HHIIHH", 1, 2, 8000, 32000, 4, 16)), DATA),
     "no_bits": riff(chunk(b"fmt ", struct.pack("<HHIIHH", 1, 1, 8000, 16000, 2, 0)), DATA),

@@ -1,6 +1,7 @@
 #include "ChunkWriter.h"
 
 #include "ChunkKinds.h"
+#include "RawChunk.h"
 
 #include <murvane/core/Logging.h>
 #include <murvane/iff/ByteCursor.h>
@@ -81,12 +82,31 @@ bool ChunkWriter::measureList(const Chunk& owner, std::uint64_t& size) {
 void ChunkWriter::write(const Chunk& riff, const SharedBytes& trailing, std::ostream& os) {
     m_pStream = &os;
     m_vPending.reserve(c_uiPendingSize);
-    writeChunk(riff);
+    writeChunk(riff, riff.m_cPadding);
     put(trailing.view());
     flush();
 }
 
-void ChunkWriter::writeChunk(const Chunk& chunk) {
+/// The padding byte behind a chunk: the one that was read. If that is not zero, what follows tells readers that it is
+/// padding; where a change has made that doubtful, it becomes zero.
+char ChunkWriter::paddingOf(const ChunkList& list, ChunkList::const_iterator itChunk) const {
+    const char padding = itChunk->m_cPadding;
+    if (padding == 0 || !m_bPadsAll) {
+        return padding;
+    }
+    for (unsigned count = 0; count < c_uiLookAhead; ++count) {
+        ++itChunk;
+        if (itChunk == list.end()) {
+            return list.getTail().empty() ? padding : '\0';
+        }
+        if (!itChunk->getId().isPrintable()) {
+            return '\0';
+        }
+    }
+    return padding;
+}
+
+void ChunkWriter::writeChunk(const Chunk& chunk, char padding) {
     const bool isList = chunk.getList() != nullptr;
     const std::uint32_t size = isList ? m_vListSizes[m_uiNextList++] : chunk.getSize();
     put(chunk.getId().view());
@@ -97,7 +117,7 @@ void ChunkWriter::writeChunk(const Chunk& chunk) {
         put(chunk.m_bytes.view());
     }
     if (isPadded(chunk, size)) {
-        put({&chunk.m_cPadding, 1});
+        put({&padding, 1});
     }
 }
 
@@ -109,11 +129,11 @@ void ChunkWriter::writeList(const Chunk& owner) {
     } else {
         put(list.getType().view());
     }
-    for (const Chunk& chunk : list) {
+    for (auto itChunk = list.begin(); itChunk != list.end(); ++itChunk) {
         if (isCueTable) {
-            put(chunk.m_bytes.view());
+            put(itChunk->m_bytes.view());
         } else {
-            writeChunk(chunk);
+            writeChunk(*itChunk, paddingOf(list, itChunk));
         }
     }
     put(list.getTail().view());

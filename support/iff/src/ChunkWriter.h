@@ -29,7 +29,8 @@ private:
     bool isPadded(const Chunk& chunk, std::uint64_t size) const;
     bool measureContent(const Chunk& chunk, std::uint64_t& size);
     bool measureList(const Chunk& owner, std::uint64_t& size);
-    void writeChunk(const Chunk& chunk);
+    char paddingOf(const ChunkList& list, ChunkList::const_iterator itChunk) const;
+    void writeChunk(const Chunk& chunk, char padding);
     void writeList(const Chunk& owner);
     void putLittleEndian(std::uint32_t value);
     void put(std::string_view bytes);
@@ -39,7 +40,7 @@ private:
     // In the order in which the lists are met, so that writing meets them in the same order.
     std::vector<std::uint32_t> m_vListSizes;
     std::size_t m_uiNextList = 0;
-    bool m_bPadsAll = false;
+    bool m_bPadsAll = false;  // as the tree has changed
     // What the stream is still to get: it takes its time over each call, and most chunks are small.
     std::vector<char> m_vPending;
     std::ostream* m_pStream = nullptr;

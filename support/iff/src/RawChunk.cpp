@@ -4,8 +4,6 @@ namespace Zantrix::IFF {
 
 namespace {
 
-constexpr unsigned c_uiLookAhead = 4;
-
 /// How many chunks seem to follow one another from here on, at most c_uiLookAhead; an exact end counts as that many.
 /// Constant time, so that asking at every chunk of a file stays linear.
 unsigned countPlausibleChunks(ByteCursor bytes, bool padded) {

@@ -6,6 +6,9 @@
 
 namespace Zantrix::IFF {
 
+/// How many chunks that seem to follow one another settle whether a byte before them is padding.
+inline constexpr unsigned c_uiLookAhead = 4;
+
 /// One chunk as it stands in the bytes around it, before anything in it is looked at.
 struct RawChunk {
     enum class Padding { None, Zero, NonZero, Missing, Outside };
