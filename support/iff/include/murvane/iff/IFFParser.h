@@ -51,10 +51,11 @@ public:
 
     /// Writes the tree, and after it the bytes that followed the RIFF chunk. Sizes and the count of cue records are
     /// recomputed; content of an odd size is padded with a zero byte unless it was read with another one. Missing
-    /// padding bytes stay missing as long as nothing is changed: a change supplies them all. A tree that was read and
-    /// not changed gives the same bytes again if `isExact`; if not, it differs from the file exactly in this: the sizes
-    /// of chunks that were cut off, the size of the RIFF chunk, the count of cue records, and the padding after chunks
-    /// that were cut off and after a last chunk in a RIFF chunk that promised more.
+    /// padding bytes stay missing as long as nothing is changed: a change supplies them all, and turns one that is not
+    /// zero into a zero where what follows no longer tells that it is padding. A tree that was read and not changed
+    /// gives the same bytes again if `isExact`; if not, it differs from the file exactly in this: the sizes of chunks
+    /// that were cut off, the size of the RIFF chunk, the count of cue records, and the padding after chunks that were
+    /// cut off and after a last chunk in a RIFF chunk that promised more.
     ///
     /// Sets the fail bit without writing anything if there is no file, if a size would exceed 32 bits, or if a "cue "
     /// chunk holds anything but records of 24 bytes called "cuep"; `getError` says which. Whether the stream took all
