@@ -1,6 +1,14 @@
 #pragma once
 
 /// The whole public interface of murvane-audio.
+///
+/// Operations tell of failure by their result: false, null, or a stream's fail bit. Unless one says otherwise, the only
+/// exceptions that leave the library are
+/// - `std::bad_alloc`, and `std::length_error` for a size that no vector can have;
+/// - those of other code that it runs for the program: a strategy, function or feature of the program's own, a stream
+///   that was told to throw, a Boost archive, an appender of the log.
+/// Nothing is leaked then. The object at work may be destroyed, assigned to, or begun anew: opened, configured or
+/// reset. What it holds until then, and what stands in its outputs, is unspecified.
 
 #include <murvane/audio/annotations/AnnotationBuilder.h>
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>

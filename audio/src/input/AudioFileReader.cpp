@@ -12,6 +12,7 @@ namespace Zantrix::Audio {
 
 namespace {
 
+// Lines given as numbers are those by which log filters know the record; they never change (see Logging.h).
 constexpr const char* c_szSource = "AudioFileReader";
 constexpr std::uint64_t c_uiDefaultNbFramesToRead = 1024;
 constexpr std::int32_t c_iSubtypeMask = SF_FORMAT_SUBMASK;

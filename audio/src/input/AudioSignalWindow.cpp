@@ -6,12 +6,19 @@
 
 namespace Zantrix::Audio {
 
+namespace {
+
+// Lines given as numbers are those by which log filters know the record; they never change (see Logging.h).
+constexpr const char* c_szSource = "AudioSignalWindow";
+
+}  // namespace
+
 SignalWindowImpl::SignalWindowImpl(std::size_t uiWindowSize)
     : m_uiWindowSize(uiWindowSize), m_vWeights(uiWindowSize, 1.0) {}
 
 double SignalWindowImpl::getWeight(std::size_t in_uiSampleIndex) const {
     const bool inRange = in_uiSampleIndex < m_uiWindowSize;
-    Assertion(inRange, "in_uiSampleIndex < m_uiWindowSize", "AudioSignalWindow", 75);
+    Assertion(inRange, "in_uiSampleIndex < m_uiWindowSize", c_szSource, 75);
     return inRange ? m_vWeights[in_uiSampleIndex] : 1.0;
 }
 

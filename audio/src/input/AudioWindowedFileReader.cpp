@@ -4,6 +4,7 @@ namespace Zantrix::Audio {
 
 namespace {
 
+// Lines given as numbers are those by which log filters know the record; they never change (see Logging.h).
 constexpr const char* c_szSource = "AudioWindowedFileReader";
 
 const Logger& logger() {

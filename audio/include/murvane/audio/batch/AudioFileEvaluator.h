@@ -32,13 +32,11 @@ public:
     public:
         /// Computes the values of one block.
         ///
-        /// @param in_window     consecutive samples, full scale 1.0. All blocks of a file have the configured size but
-        /// the
-        ///                      last, which is shorter; it is empty when the file ends with a whole block
-        /// @param out_channels  empty; takes one vector for each channel, each as long as the block, of values from -1
-        /// to
-        ///                      1: others are clamped, what is not a number is stored as 0. The number of channels is
-        ///                      the same for every block of a file
+        /// @param in_window     consecutive samples, full scale 1.0. All blocks of a file have the configured size,
+        ///                      but the last is shorter; it is empty when the file ends with a whole block
+        /// @param out_channels  empty; takes one vector for each channel, each as long as the block, of values from
+        ///                      -1 to 1: others are clamped, what is not a number is stored as 0. The number of
+        ///                      channels is the same for every block of a file
         /// @return ignored
         virtual bool evaluateWindow(const Math::DoubleVector& in_window,
                                     std::vector<Math::DoubleVector>& out_channels) = 0;
@@ -50,7 +48,8 @@ public:
         virtual bool getProbabilitiesInfo(StringVector& out_info) = 0;
 
     protected:
-        // Nobody deletes a strategy through this interface. A virtual destructor would need places in its table.
+        // Nobody deletes a strategy through this interface. A virtual destructor would move the places of the
+        // operations in its virtual table, and strategies of programs are built with these.
         ~Strategy() = default;
     };
 
@@ -66,8 +65,7 @@ public:
     /// @param in_szOutputFileSuffix  the output's name has it between two points ahead of "wav"
     /// @param in_szOutputDir         an existing folder
     /// @return false when a pointer is null (a failed assertion), or, after an ERROR record, when there cannot be
-    /// blocks of
-    ///         this size or the folder's name is none. What was configured before then stays
+    ///         blocks of this size or the folder's name is none. What was configured before then stays
     bool configure(unsigned long long in_windowSize, LimitedObjPtr<Strategy> in_pStrategy,
                    const char* in_szOutputFileSuffix, const char* in_szOutputDir);
 
@@ -76,12 +74,10 @@ public:
     ///
     /// Every failure is reported, by an ERROR record or a failed assertion, and leaves no output file, nor a part of
     /// one; an older one stays. It fails when
-    /// - the recording cannot be opened or is not as told above; all that a mono WAV file can be found out to be is
-    /// found
-    ///   out after the strategy has seen all of it;
+    /// - the recording cannot be opened or is not as told above; what a mono WAV file can be found out to be is
+    ///   found out after the strategy has seen all of it;
     /// - the strategy's channels are not as told above. After another number of them than before, the values up to
-    /// there
-    ///   are still written if they are complete, as they are when this happened in an empty last block;
+    ///   there are still written if they are complete, as they are when this happened in an empty last block;
     /// - the output would be the recording itself, does not fit a WAV file, or cannot be written.
     /// The evaluator is ready for the next recording in any case, also after an exception of the strategy.
     bool processFile(const char* in_szFileName);

@@ -7,6 +7,9 @@ namespace Zantrix::Audio {
 
 /// The base of every audio feature, with the catalogue of their types and names.
 ///
+/// A feature class's `getName()` is its type string, a literal; where one class serves several types, that of the
+/// first. Its `sGetXprName()` is its function's name in formulas, a literal; a class without one is no function.
+///
 /// A feature's `compute` appends its values to `out` and keeps what `out` already holds. Features with parameters read
 /// them under keys made of the lower-cased type string, a point and the parameter's name, such as
 /// "spectralrange.frequencyHz".

@@ -62,9 +62,9 @@ private:
 struct SegmentMaxima {
     std::uint64_t uiCount = 0;
     double dSum = 0.0;
-    double dMinimum = 1.0;
-    double dPhase = 0.0;  // of the open segment, as all below
-    double dCurrentMaximum = -1.0;
+    double dMinimum = 1.0;          // full scale; the first segment to close replaces it
+    double dPhase = 0.0;            // of the open segment, as all below
+    double dCurrentMaximum = -1.0;  // below every amplitude: no sample yet
 };
 
 /// Mean and minimum of the largest amplitudes of successive segments of the signal, since construction or the last
@@ -79,8 +79,8 @@ public:
     /// @param floor  its absolute value counts
     MeanMaxFeature(unsigned long long n, double floor);
 
-    /// Appends the mean, then the minimum; while no segment has closed, twice the maximum of the open one, which is
-    /// -1.0 before the first sample. Always true.
+    /// Appends the mean, then the minimum; while no segment has closed, both values are the maximum of the open one,
+    /// which is -1.0 before the first sample. Always true.
     bool compute(const Math::DoubleVector& in, Math::DoubleVector& out) override;
 
     /// Forgets all segments; always true.

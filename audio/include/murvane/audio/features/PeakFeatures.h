@@ -47,8 +47,8 @@ class MURVANE_API PonderatedPeaksFeature : public PeaksFeature {
 public:
     static const char* sGetXprName();
 
-    /// Leaves exactly three values in `out`; the heights only if `out` was empty on entry. False, and nothing changed,
-    /// for an empty input.
+    /// Leaves exactly three values in `out`; the heights only if `out` was empty on entry, and so was not the input.
+    /// False, and nothing changed, for an empty input.
     bool compute(const Math::DoubleVector& in, Math::DoubleVector& out) override;
 
     Cloneable* clone() const override;

@@ -62,7 +62,7 @@ private:
 /// one added first.
 class MURVANE_API MaxSpectralRangesFeature : public AudioFeature, public virtual Math::SignalFeatureWithParameters {
 public:
-    /// The width of every range that comes from a list or from a feature's name.
+    /// How far a range that comes from a list or from a feature's name reaches to either side of its frequency.
     static constexpr unsigned long long c_uiListedWidthHz = 20;
 
     /// No range yet.
@@ -75,8 +75,8 @@ public:
     /// Adds a range, with the arguments of `SpectralRangeFeature`.
     void addSpectralRange(unsigned long long centreHz, unsigned long long widthHz);
 
-    /// Adds a range 20 Hz wide for each frequency of "maxspectralranges.frequenciesList": blank-separated whole numbers
-    /// of at most 2^32 - 1 Hz. An empty list adds nothing.
+    /// Adds a range for each frequency of "maxspectralranges.frequenciesList", reaching 20 Hz to either side of it:
+    /// blank-separated whole numbers of at most 2^32 - 1 Hz. An empty list adds nothing.
     ///
     /// @return false, after an ERROR record, when the key is absent, when a frequency is not such a number (the ranges
     ///         before it were added), and when an exception was caught

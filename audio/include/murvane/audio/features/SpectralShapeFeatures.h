@@ -59,7 +59,7 @@ private:
     std::uint64_t m_uiIndexMax = 0;
 };
 
-/// "SPECTRALSLOPE": a name without a value yet, so that configurations which list it can be read.
+/// "SPECTRALSLOPE": a type with a name and no value yet. Constructed directly only; the factory refuses its name.
 class MURVANE_API SpectralSlopeFeature : public AudioFeature {
 public:
     static const char* getName();

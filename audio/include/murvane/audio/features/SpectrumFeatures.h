@@ -47,7 +47,8 @@ private:
 /// "SPECTRUM100HZ", "SPECTRUM200HZ", "SPECTRUM500HZ": the power spectrum summed into equal bands.
 ///
 /// Output: as many values as bands; the whole spectrum when it has fewer bins than bands. Bands have L / bands bins
-/// each, truncated. The last band also takes in what the reduction leaves over: see `reduceSpectrum`.
+/// each, truncated. The last band also takes in what the reduction leaves over: see `reduceSpectrum`. `getName()` and
+/// `sGetXprName()` are the base's.
 class MURVANE_API SpectrumReducedFeature : public SpectrumFeature {
 public:
     /// @param bandCount  number of bands; with 0 the spectrum stays as it is

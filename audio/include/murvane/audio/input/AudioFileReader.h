@@ -21,6 +21,9 @@ namespace Zantrix::Audio {
 ///     closed --setSourceAudioFile--> open --getNextLinearFrames--> ... --> at end
 ///                                     ^-- gotoStart, gotoAudioTime --------'
 ///
+/// An open, or a rewind that opens anew, leaves the reader closed when it fails. Sampling rate, time and clipping value
+/// are then those of an earlier file or of the one refused, and mean nothing.
+///
 /// Copies share the open file and its position: read through one of them only. The last one closes it. A reader
 /// belongs to one thread.
 class MURVANE_API AudioFileReader : public virtual TimeSource, public ObjectWithLogger {
@@ -31,7 +34,8 @@ public:
     AudioFileReader& operator=(const AudioFileReader&) = default;
     ~AudioFileReader() override;
 
-    // Ahead of the operations of its own, which this way follow each other in the virtual table.
+    // Ahead of the operations of its own, which this way follow each other in the virtual table: readers derived in
+    // programs are built with these places.
     /// The time of the position in the file, in seconds.
     double getCurrentAudioTime() const override { return m_dCurrentAudioTime; }
 
@@ -51,7 +55,8 @@ public:
     /// @return false, after an ERROR record and with nothing changed, when the file cannot seek there
     virtual bool gotoAudioTime(double seconds);
 
-    /// Reads the next chunk. The last one is short, or even empty when the chunks fit the file exactly.
+    /// Reads the next chunk. The last one is short, or even empty when the chunks fit the file exactly. A closed reader
+    /// has one last chunk, an empty one; chunks of 0 frames have no last one.
     ///
     /// @param out  replaced by the samples of the chunk
     /// @return false, with `out` empty, once the last chunk has been read
@@ -73,7 +78,9 @@ public:
     /// Whether the last chunk has been read.
     bool atEnd() const { return m_bAtEnd; }
 
-    /// The largest magnitude that counts as unclipped for the file's encoding.
+    /// The magnitude from which samples count as clipped: the largest that the file's encoding decodes to, to six
+    /// digits. 0.980347 (32124 / 32768) for mu-law, 0.984375 (32256 / 32768) for A-law, and 0.999969 (32767 / 32768)
+    /// for 16-bit samples, for every other encoding, whatever its width, and before the first file.
     double getClippingValue() const;
 
     /// Writes the names of container and encoding, such as "WAV (Microsoft) (.wav) Signed 16 bit PCM"; nothing when

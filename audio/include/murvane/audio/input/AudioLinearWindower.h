@@ -63,7 +63,8 @@ public:
     /// Sets the lengths to those that the configuration tells. Neither the pending samples nor the times change.
     ///
     /// @return false when the overlap is not shorter than the window, in samples. The lengths are then set all the
-    ///         same, and the time advance keeps its previous value.
+    ///         same, and the time advance keeps its previous value: with an overlap as long as the window, `popWindow`
+    ///         delivers the same window for ever; with a longer one, none
     bool configure(const Config& config);
 
     /// The last configuration, also one that was refused.

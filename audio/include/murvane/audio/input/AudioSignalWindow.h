@@ -22,7 +22,8 @@ public:
     /// The weight of one sample. A sample out of range is reported as a failed assertion and goes unweighted: 1.0.
     virtual double getWeight(std::size_t in_uiSampleIndex) const = 0;
 
-    /// The number of samples, as a floating-point number.
+    /// The number of samples. A `double`, since the formulas of window shapes reckon with it, and shapes defined in
+    /// programs return it as one.
     virtual double getSize() const = 0;
 };
 

@@ -14,6 +14,9 @@ namespace Zantrix::Audio {
 /// `gotoAudioTime` or another file to go again.
 ///
 /// The lengths come from the configuration alone: whoever configures it gives the rate of the files to be read.
+///
+/// What the base offers stays in place and is about chunks: after `atEnd()` windows may still be pending, and a chunk
+/// taken by `getNextLinearFrames` does not go into the windows.
 class MURVANE_API WindowedAudioFileReader : public AudioFileReader {
 public:
     WindowedAudioFileReader();

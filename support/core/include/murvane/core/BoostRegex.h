@@ -15,6 +15,8 @@ public:
 
     /// Compiles the expression.
     ///
+    /// @param expression  not null
+    /// @param flags       those of Boost.Regex; 0 for Perl syntax with regard to case
     /// @throws std::runtime_error when the expression is invalid (its text says why and where)
     explicit BoostRegex(const char* expression, unsigned flags = c_uiIgnoreCase);
     ~BoostRegex();

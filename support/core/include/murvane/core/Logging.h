@@ -10,8 +10,9 @@
 /// Logging over log4cplus. The library only ever asks and reports: which records are wanted, and where they go,
 /// is configured by the program.
 ///
-/// A record carries its location as a source name and a line. Both are given by the caller, never captured:
-/// log filters key on them, so they must not move with the code.
+/// A record carries its location as a source name and a line, both given by the caller. Names are constants, and do
+/// not change when a file is renamed: log filters key on them. Filters know some records by their line as well: these
+/// carry that number as a literal, for good, wherever the code has moved since. All others pass __LINE__.
 namespace Zantrix {
 
 /// The levels of log4cplus, with its values.

@@ -6,15 +6,13 @@
 
 namespace Zantrix::IFF {
 
-/// A place in a parser's tree, as `IFFParser::find` reports it: a chunk, the list that holds it, and the way down to
-/// it.
+/// A place in a parser's tree, as `IFFParser::find` reports it: a chunk, its list, and the way down to them.
 ///
 /// It owns nothing and refers into the tree of the parser that filled it. It stays good while that chunk and the
 /// chunks around it stay in the tree; adding chunks anywhere and removing others does it no harm. It must not be used
 /// any more
 /// - after its chunk, or a chunk around it, was removed by other means than `IFFParser::remove` with this position;
-/// nor,
-///   after that, when the chunk that then followed has been removed,
+///   nor, after that, when the chunk that then followed has been removed,
 /// - after `setData` on a chunk around it,
 /// - after the parser has read again, was assigned to, or is gone.
 /// A copied parser has a tree of its own: a position copied along with it still refers to the first parser's tree.

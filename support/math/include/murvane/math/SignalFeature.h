@@ -22,8 +22,9 @@ class MURVANE_API SignalFeature : public virtual Cloneable {
 public:
     /// Computes the feature of one input.
     ///
-    /// @param in   the input; never changed
-    /// @param out  the values are appended; what it held before stays
+    /// @param in   the input; never changed, unless it is `out` as well
+    /// @param out  the values are appended; what it held before stays. It may be `in` itself: features of this library
+    ///             then append the values that they compute of what it held before
     /// @return false when the feature cannot be computed of this input
     virtual bool compute(const DoubleVector& in, DoubleVector& out) = 0;
 
@@ -31,7 +32,8 @@ public:
     /// the bit. Features that gain from seeing several windows side by side override it.
     ///
     /// @param in   the inputs
-    /// @param out  as many vectors; the values of `in[i]` are appended to `out[i]`
+    /// @param out  as many vectors; the values of `in[i]` are appended to `out[i]`, which may be `in[i]` itself, but no
+    ///             other input
     /// @return false as soon as one input fails; what stands in `out`, and the memory of a feature that has one,
     ///         are then unspecified
     virtual bool computeWindows(std::span<const DoubleVector> in, std::span<DoubleVector> out);

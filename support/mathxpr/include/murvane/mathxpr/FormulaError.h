@@ -10,7 +10,7 @@ namespace Zantrix::Math::Xpr {
 
 /// What is wrong with a formula, and where.
 struct MURVANE_API FormulaError {
-    std::size_t line = 0;    ///< 1-based; 0: no error
+    std::size_t line = 0;    ///< 1-based; 0 in a fresh object, which success leaves as it is
     std::size_t column = 0;  ///< 1-based, counted in bytes within the line
     std::string message;     ///< what was expected and what was found, one line without position
 
