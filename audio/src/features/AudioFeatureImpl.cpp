@@ -12,7 +12,7 @@ const char* AudioFeature::getFeatureTypeString(FeatureType type) {
 
 Fallible<AudioFeature::FeatureType> AudioFeature::parseFeatureType(const char* name) {
     for (const CatalogueEntry& entry : c_featureCatalogue) {
-        if (name != nullptr && entry.parsedName != nullptr && Text::equalsIgnoringCase(entry.parsedName, name)) {
+        if (name != nullptr && entry.typeString != nullptr && Text::equalsIgnoringCase(entry.typeString, name)) {
             return entry.type;
         }
     }

@@ -52,37 +52,33 @@ constexpr std::array<CatalogueEntry, c_uiNbOfFeatureTypes> makeCatalogue() {
     using enum AudioFeature::FeatureType;
     using enum ParameterRule;
     return {{
-        {ENERGYHISTOGRAM, "ENERGYHISTOGRAM", "energyhistogram", None, c_notBuilt},
-        {CLIPPINGRATE, "CLIPPINGRATE", "clippingrate", None, c_notBuilt},
-        {ZEROCROSSINGRATE, "ZEROCROSSINGRATE", "zerocrossingrate", NoneOrOne, buildZeroCrossingRate},
-        {SPECTRUM, "SPECTRUM", "spectrum", None, build<SpectrumFeature>},
-        {SPECTRUM100HZ, "SPECTRUM100HZ", "spectrum100hz", None, buildWith<SpectrumReducedFeature, 40>},
-        {SPECTRUM200HZ, "SPECTRUM200HZ", "spectrum200hz", None, buildWith<SpectrumReducedFeature, 20>},
-        {SPECTRUM500HZ, "SPECTRUM500HZ", "spectrum500hz", None, buildWith<SpectrumReducedFeature, 8>},
-        {FLATNESS, "FLATNESS", "flatness", None, build<FlatnessFeature>},
-        {SPECTRALRANGE, "SPECTRALRANGE", "spectralrange", NoneOrTwo, buildSpectralRange},
-        {MAXSPECTRALRANGES, "MAXSPECTRALRANGES", "maxspectralranges", AtLeastOne, buildMaxSpectralRanges},
-        {OLDHARMONICPRODUCT, "OLDHARMONICPRODUCT", "oldharmonicproduct", None, build<OldHarmonicProductFeature>},
-        {HARMONICPRODUCT, "HARMONICPRODUCT", "harmonicproduct", None, build<HarmonicProductFeature>},
-        {ROBUSTHARMONICPRODUCT, "ROBUSTHARMONICPRODUCT", "robustharmonicproduct", None,
-         build<RobustHarmonicProductFeature>},
-        {ANTIHARMONICPRODUCT, "ANTIHARMONICPRODUCT", "antiharmonicproduct", None, build<AntiHarmonicProductFeature>},
-        {SPECTRALSLOPE, "SPECTRALSLOPE", "spectralslope", None, c_notBuilt},
-        {SPECTRALWEIGHTEDAREA, "SPECTRALWEIGHTEDAREA", "spectralweightedarea", None,
-         buildWith<SpectralWeightedAreaFeature, 8000, 500, 1500>},
-        {SILENCERATIO, "SILENCERATIO", "silenceratio", None, buildWith<SilenceRatioFeature, 50>},
-        {NOISERATIO, "NOISERATIO", "noiseratio", None, buildWith<SilenceRatioFeature, 10>},
-        {AMPLITUDEDISTRIBUTION, "AMPLITUDEDISTRIBUTION", "amplitudedistribution", None,
-         buildWith<RatiosFeature, false>},
-        {TEMPORALAMPLITUDEDISTRIBUTION, "TEMPORALAMPLITUDEDISTRIBUTION", "temporalamplitudedistribution", None,
-         buildWith<RatiosFeature, true>},
-        {PEAKS, "PEAKS", "peaks", None, build<PeaksFeature>},
-        {NONLOGPEAKS, nullptr, nullptr, None, c_notBuilt},
-        {NEIGHBOURHOODOFMAX, "NEIGHBOURHOODOFMAX", "neighbourhoodofmax", None, build<MaxNeighbourhoodFeature>},
-        {LOWFREQENERGYRATIO, "LOWFREQENERGYRATIO", "lowfreqenergyratio", None, build<LowFreqEnergyRatioFeature>},
-        {LOWFREQENERGYRATIOS, "LOWFREQENERGYRATIOS", "lowfreqenergyratios", None, build<LowFreqEnergyRatiosFeature>},
-        {DELTATOSLIDINGMEAN, "DELTATOSLIDINGMEAN", "deltatoslidingmean", None, build<DeltaToSlidingMeanFeature>},
-        {MYFEATURE, "MYFEATURE", "myfeature", None, c_notBuilt},
+        {ENERGYHISTOGRAM, "ENERGYHISTOGRAM", None, c_notBuilt},
+        {CLIPPINGRATE, "CLIPPINGRATE", None, c_notBuilt},
+        {ZEROCROSSINGRATE, "ZEROCROSSINGRATE", NoneOrOne, buildZeroCrossingRate},
+        {SPECTRUM, "SPECTRUM", None, build<SpectrumFeature>},
+        {SPECTRUM100HZ, "SPECTRUM100HZ", None, buildWith<SpectrumReducedFeature, 40>},
+        {SPECTRUM200HZ, "SPECTRUM200HZ", None, buildWith<SpectrumReducedFeature, 20>},
+        {SPECTRUM500HZ, "SPECTRUM500HZ", None, buildWith<SpectrumReducedFeature, 8>},
+        {FLATNESS, "FLATNESS", None, build<FlatnessFeature>},
+        {SPECTRALRANGE, "SPECTRALRANGE", NoneOrTwo, buildSpectralRange},
+        {MAXSPECTRALRANGES, "MAXSPECTRALRANGES", AtLeastOne, buildMaxSpectralRanges},
+        {OLDHARMONICPRODUCT, "OLDHARMONICPRODUCT", None, build<OldHarmonicProductFeature>},
+        {HARMONICPRODUCT, "HARMONICPRODUCT", None, build<HarmonicProductFeature>},
+        {ROBUSTHARMONICPRODUCT, "ROBUSTHARMONICPRODUCT", None, build<RobustHarmonicProductFeature>},
+        {ANTIHARMONICPRODUCT, "ANTIHARMONICPRODUCT", None, build<AntiHarmonicProductFeature>},
+        {SPECTRALSLOPE, "SPECTRALSLOPE", None, c_notBuilt},
+        {SPECTRALWEIGHTEDAREA, "SPECTRALWEIGHTEDAREA", None, buildWith<SpectralWeightedAreaFeature, 8000, 500, 1500>},
+        {SILENCERATIO, "SILENCERATIO", None, buildWith<SilenceRatioFeature, 50>},
+        {NOISERATIO, "NOISERATIO", None, buildWith<SilenceRatioFeature, 10>},
+        {AMPLITUDEDISTRIBUTION, "AMPLITUDEDISTRIBUTION", None, buildWith<RatiosFeature, false>},
+        {TEMPORALAMPLITUDEDISTRIBUTION, "TEMPORALAMPLITUDEDISTRIBUTION", None, buildWith<RatiosFeature, true>},
+        {PEAKS, "PEAKS", None, build<PeaksFeature>},
+        {NONLOGPEAKS, nullptr, None, c_notBuilt},
+        {NEIGHBOURHOODOFMAX, "NEIGHBOURHOODOFMAX", None, build<MaxNeighbourhoodFeature>},
+        {LOWFREQENERGYRATIO, "LOWFREQENERGYRATIO", None, build<LowFreqEnergyRatioFeature>},
+        {LOWFREQENERGYRATIOS, "LOWFREQENERGYRATIOS", None, build<LowFreqEnergyRatiosFeature>},
+        {DELTATOSLIDINGMEAN, "DELTATOSLIDINGMEAN", None, build<DeltaToSlidingMeanFeature>},
+        {MYFEATURE, "MYFEATURE", None, c_notBuilt},
     }};
 }
 
@@ -95,10 +91,10 @@ constexpr bool isInOrder(const std::array<CatalogueEntry, c_uiNbOfFeatureTypes>&
     return true;
 }
 
-static_assert(isInOrder(makeCatalogue()));
-
 }  // namespace
 
-const std::array<CatalogueEntry, c_uiNbOfFeatureTypes> c_featureCatalogue = makeCatalogue();
+constexpr std::array<CatalogueEntry, c_uiNbOfFeatureTypes> c_featureCatalogue = makeCatalogue();
+
+static_assert(isInOrder(c_featureCatalogue));
 
 }  // namespace Zantrix::Audio

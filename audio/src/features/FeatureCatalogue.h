@@ -16,8 +16,7 @@ enum class ParameterRule { None, NoneOrOne, NoneOrTwo, AtLeastOne };
 
 struct CatalogueEntry {
     AudioFeature::FeatureType type;
-    const char* typeString;  ///< null: the type has no name
-    const char* parsedName;  ///< null: the type cannot be named
+    const char* typeString;  ///< parsed without regard to case; null: the type has no name
     ParameterRule parameters;
     /// Makes a feature from its parameters, whose number fits the rule; null: the factory does not build this type.
     Math::SignalFeature* (*build)(std::span<const std::uint64_t> parameters);
