@@ -1,6 +1,7 @@
 #include <murvane/core/Text.h>
 
 #include <algorithm>
+#include <array>
 #include <locale>
 #include <numeric>
 #include <utility>
@@ -54,6 +55,11 @@ std::istringstream reader(const std::string& text) {
     std::istringstream stream(text);
     stream.imbue(std::locale::classic());
     return stream;
+}
+
+std::string shortest(double number) {
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
 
 std::size_t editDistance(std::string_view a, std::string_view b) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 namespace Text = Zantrix::Text;
 
@@ -56,6 +57,52 @@ TEST(Text, ReadersTakeNumbersAndWordsAsInAnyOtherLocale) {
     EXPECT_TRUE(stream >> word);
     EXPECT_EQ(word, "two\xa0words");
     EXPECT_FALSE(stream >> word);
+}
+
+TEST(Text, WholeNumbersAreReadOfWholeTextsOnly) {
+    unsigned number = 7;
+    for (const char* text : {"", " 1", "1 ", "+1", "-1", "1x", "0x1", "1.0", "4294967296"}) {
+        EXPECT_FALSE(Text::parseWhole(text, number)) << text;
+        EXPECT_EQ(number, 7u) << text;
+    }
+    EXPECT_TRUE(Text::parseWhole("4294967295", number));
+    EXPECT_EQ(number, 4294967295u);
+    EXPECT_TRUE(Text::parseWhole(std::string_view("12345").substr(1, 2), number));
+    EXPECT_EQ(number, 23u);
+    int negative = 7;
+    EXPECT_TRUE(Text::parseWhole("-12", negative));
+    EXPECT_EQ(negative, -12);
+}
+
+TEST(Text, OtherNumbersAreReadOfWholeTextsOnlyInAnyLocale) {
+    const testkit::ForeignLocale locale;
+    double number = 7.0;
+    EXPECT_FALSE(Text::parseWhole("0,5", number));
+    EXPECT_FALSE(Text::parseWhole("1e999", number));
+    EXPECT_EQ(number, 7.0);
+    EXPECT_TRUE(Text::parseWhole("-2.5e-1", number));
+    EXPECT_EQ(number, -0.25);
+}
+
+TEST(Text, NumbersAreWrittenAsShortAsTheyCanBeReadAgain) {
+    const testkit::ForeignLocale locale;
+    EXPECT_EQ(Text::shortest(0.1), "0.1");
+    EXPECT_EQ(Text::shortest(-0.0), "-0");
+    EXPECT_EQ(Text::shortest(1e300), "1e+300");
+    EXPECT_EQ(Text::shortest(0.1 + 0.2), "0.30000000000000004");
+    EXPECT_EQ(Text::shortest(-2.2250738585072014e-308), "-2.2250738585072014e-308");
+}
+
+TEST(Text, NullIsTheEmptyText) {
+    const char* text = "text";
+    EXPECT_EQ(Text::orEmpty(text), text);
+    EXPECT_STREQ(Text::orEmpty(nullptr), "");
+}
+
+TEST(Text, PrintableAreTheBlankAndTheCharactersOfAsciiThatShow) {
+    for (int byte = -128; byte < 128; ++byte) {
+        EXPECT_EQ(Text::isPrintable(static_cast<char>(byte)), byte >= 32 && byte <= 126) << byte;
+    }
 }
 
 TEST(Text, EditDistanceCountsInsertedRemovedReplacedAndExchangedCharacters) {

@@ -1,3 +1,4 @@
+#include <murvane/core/Text.h>
 #include <murvane/iff/ChunkId.h>
 
 #include <algorithm>
@@ -5,24 +6,15 @@
 
 namespace Zantrix::IFF {
 
-namespace {
-
-// Not std::isprint: what is printable here must not depend on the program's locale.
-bool isPrintableAscii(char c) {
-    return c >= 0x20 && c <= 0x7e;
-}
-
-}  // namespace
-
 bool ChunkId::isPrintable() const {
-    return std::all_of(m_code.begin(), m_code.end(), isPrintableAscii);
+    return std::all_of(m_code.begin(), m_code.end(), Text::isPrintable);
 }
 
 std::string ChunkId::toString() const {
     static constexpr char c_szDigits[] = "0123456789abcdef";
     std::string text;
     for (const char c : m_code) {
-        if (isPrintableAscii(c)) {
+        if (Text::isPrintable(c)) {
             text += c;
         } else {
             const auto value = static_cast<unsigned char>(c);

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <istream>
 #include <ostream>
 #include <string_view>
@@ -12,17 +11,6 @@
 namespace Zantrix {
 
 namespace {
-
-template <typename Number>
-bool parseWhole(const std::string& text, Number& value) {
-    Number parsed{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed);
-    if (error != std::errc() || end != text.data() + text.size()) {
-        return false;
-    }
-    value = parsed;
-    return true;
-}
 
 std::string quoted(const std::string& text) {
     std::string result = "\"";
@@ -79,9 +67,7 @@ bool ParameterTrie::setStringParameter(const char* key, const std::string& value
 }
 
 bool ParameterTrie::setFloatParameter(const char* key, double value) {
-    std::array<char, 32> text{};
-    const auto result = std::to_chars(text.data(), text.data() + text.size(), value);
-    return set(key, std::string(text.data(), result.ptr));
+    return set(key, Text::shortest(value));
 }
 
 bool ParameterTrie::setBoolParameter(const char* key, bool value) {
@@ -90,7 +76,7 @@ bool ParameterTrie::setBoolParameter(const char* key, bool value) {
 
 bool ParameterTrie::getIntParameter(const char* key, int& value) const {
     const std::string* text = find(key);
-    return text != nullptr && parseWhole(*text, value);
+    return text != nullptr && Text::parseWhole(*text, value);
 }
 
 bool ParameterTrie::getStringParameter(const char* key, std::string& value) const {
@@ -104,7 +90,7 @@ bool ParameterTrie::getStringParameter(const char* key, std::string& value) cons
 
 bool ParameterTrie::getFloatParameter(const char* key, double& value) const {
     const std::string* text = find(key);
-    return text != nullptr && parseWhole(*text, value);
+    return text != nullptr && Text::parseWhole(*text, value);
 }
 
 bool ParameterTrie::getBoolParameter(const char* key, bool& value) const {

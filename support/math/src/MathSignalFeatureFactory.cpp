@@ -4,7 +4,6 @@
 #include <murvane/math/RangeFeature.h>
 
 #include <array>
-#include <charconv>
 #include <cstddef>
 
 namespace Zantrix::Math {
@@ -27,11 +26,6 @@ constexpr std::array<Entry, 5> c_entries = {{
     {"RANGE", 2, [](const Parameters& p) -> SignalFeature* { return new RangeFeature(p[0], p[1]); }},
 }};
 
-bool parse(const std::string& text, std::size_t& value) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size();
-}
-
 }  // namespace
 
 const char* MathSignalFeatureFactory::getFactoryName() const {
@@ -53,7 +47,7 @@ SignalFeature* MathSignalFeatureFactory::getNewBaseFeature(const char* name) {
         }
         Parameters values{};
         for (std::size_t i = 0; i < params.size(); ++i) {
-            if (!parse(params[i], values[i])) {
+            if (!Text::parseWhole(params[i], values[i])) {
                 return nullptr;
             }
         }

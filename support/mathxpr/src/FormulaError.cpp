@@ -1,3 +1,4 @@
+#include <murvane/core/Text.h>
 #include <murvane/mathxpr/FormulaError.h>
 
 #include <algorithm>
@@ -17,7 +18,7 @@ std::string printable(std::string_view text) {
     // A tab is as wide as the terminal likes; a blank keeps the caret in place.
     std::replace(result.begin(), result.end(), '\t', ' ');
     std::replace_if(
-        result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+        result.begin(), result.end(), [](char c) { return !Text::isPrintable(c); }, '?');
     return result;
 }
 

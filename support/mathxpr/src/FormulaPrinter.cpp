@@ -1,7 +1,6 @@
+#include <murvane/core/Text.h>
 #include <murvane/mathxpr/FormulaPrinter.h>
 
-#include <array>
-#include <charconv>
 #include <utility>
 #include <variant>
 
@@ -12,15 +11,9 @@ namespace {
 constexpr int c_iNegationPrecedence = 3;
 constexpr int c_iPrimaryPrecedence = 4;
 
-std::string printNumber(double number) {
-    std::array<char, 32> buffer{};
-    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
-    return {buffer.data(), end};
-}
-
 std::string printValue(const ParameterValue& value) {
     const double* pNumber = std::get_if<double>(&value.value);
-    return pNumber != nullptr ? printNumber(*pNumber) : '"' + std::get<std::string>(value.value) + '"';
+    return pNumber != nullptr ? Text::shortest(*pNumber) : '"' + std::get<std::string>(value.value) + '"';
 }
 
 int precedence(const SyntaxNode& node) {
@@ -30,7 +23,7 @@ int precedence(const SyntaxNode& node) {
     return node.kind == SyntaxNode::Kind::Negation ? c_iNegationPrecedence : c_iPrimaryPrecedence;
 }
 
-/// Walks the tree with a stack of its own: what is still to be written, the next piece on top.
+// Walks the tree with a stack of its own: what is still to be written, the next piece on top.
 class Printer {
 public:
     explicit Printer(const SyntaxTree& tree) : m_tree(tree) {}
@@ -56,7 +49,7 @@ private:
     void expand(const SyntaxNode& node) {
         switch (node.kind) {
             case SyntaxNode::Kind::Number:
-                m_strResult += printNumber(node.number);
+                m_strResult += Text::shortest(node.number);
                 return;
             case SyntaxNode::Kind::Variable:
                 m_strResult += node.name;

@@ -1,6 +1,7 @@
 #include "FormulaLexer.h"
 
 #include <murvane/core/Logging.h>
+#include <murvane/core/Text.h>
 #include <murvane/mathxpr/Registry.h>
 
 #include <algorithm>
@@ -16,7 +17,7 @@ bool Registry::registerFunction(const char* name, ExpressionAllocator* pAllocato
     static const Logger& logger = Logger::forCategory("murvane.mathxpr.Registry");
     std::unique_ptr<ExpressionAllocator> pOwned(pAllocator);
     const auto refuse = [&](const char* reason) {
-        logger.log(LogLevel::Error, "Registry", __LINE__, "Cannot register function \"", name == nullptr ? "" : name,
+        logger.log(LogLevel::Error, "Registry", __LINE__, "Cannot register function \"", Text::orEmpty(name),
                    "\": ", reason);
         return false;
     };
