@@ -1,5 +1,6 @@
 #include <murvane/audio/input/AudioFileReader.h>
 #include <murvane/core/Assertion.h>
+#include <murvane/core/Text.h>
 
 #include <sndfile.h>
 
@@ -48,10 +49,6 @@ bool isPlain16Bit(int format) {
     }
 }
 
-const char* textOf(const char* text) {
-    return text == nullptr ? "" : text;
-}
-
 }  // namespace
 
 AudioFileReader::AudioFileReader() : ObjectWithLogger(logger()), m_uiNbFramesToRead(c_uiDefaultNbFramesToRead) {
@@ -68,7 +65,7 @@ bool AudioFileReader::setSourceAudioFile(const char* path) {
     const TraceScope scope(*this, "AudioFileReader::setSourceAudioFile", c_szSource, __LINE__);
 
     // A copy: the caller may have passed the name of the file that is about to be forgotten.
-    const std::string name = textOf(path);
+    const std::string name = Text::orEmpty(path);
     m_strFileName.clear();
     m_bAtEnd = false;
     m_vReadBuffer.clear();
@@ -139,7 +136,6 @@ void AudioFileReader::readChunk(Math::DoubleVector& out) {
     }
     // The commonest encoding, read as it stands and scaled here: the same samples to the bit, three times as fast. They
     // go to their place at once, which has its size already if the caller passes the vector of the last chunk.
-    m_vShorts.resize(m_vReadBuffer.size());
     const auto framesRead = static_cast<std::size_t>(sf_read_short(m_pSndFile.get(), m_vShorts.data(), wanted));
     out.resize(framesRead);
     for (std::size_t i = 0; i < framesRead; ++i) {
@@ -197,6 +193,7 @@ bool AudioFileReader::startChunks(std::uint64_t frame) {
     m_vReadBuffer.clear();
     try {
         m_vReadBuffer.resize(m_uiNbFramesToRead);
+        m_vShorts.resize(isPlain16Bit(m_iFormat) ? m_uiNbFramesToRead : 0);
     } catch (const std::exception& exception) {
         log(LogLevel::Error, c_szSource, __LINE__, "no memory for chunks of ", m_uiNbFramesToRead, " frames of ",
             m_strFileName, ", ", exception.what());
@@ -209,6 +206,7 @@ bool AudioFileReader::startChunks(std::uint64_t frame) {
     return true;
 }
 
+// What the largest sample of the encoding decodes to, 32124, 32256 or 32767 of 32768, to six digits.
 double AudioFileReader::getClippingValue() const {
     switch (m_iFormat & c_iSubtypeMask) {
         case SF_FORMAT_ULAW:
@@ -226,7 +224,8 @@ std::ostream& AudioFileReader::getFileInfo(std::ostream& os) const {
     }
     const SF_FORMAT_INFO container = formatInfo(m_iFormat);
     const SF_FORMAT_INFO encoding = formatInfo(m_iFormat & c_iSubtypeMask);
-    return os << textOf(container.name) << " (." << textOf(container.extension) << ") " << textOf(encoding.name);
+    return os << Text::orEmpty(container.name) << " (." << Text::orEmpty(container.extension) << ") "
+              << Text::orEmpty(encoding.name);
 }
 
 }  // namespace Zantrix::Audio
