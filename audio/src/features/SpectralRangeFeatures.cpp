@@ -3,10 +3,8 @@
 
 #include <murvane/audio/features/SpectralRangeFeatures.h>
 #include <murvane/core/Text.h>
-#include <murvane/infra/ParameterTrie.h>
 
 #include <algorithm>
-#include <charconv>
 #include <exception>
 #include <limits>
 #include <utility>
@@ -15,10 +13,9 @@ namespace Zantrix::Audio {
 
 namespace {
 
-// Parameters are of type int: an index beyond it names a bin that no spectrum has, and so does the largest int.
-int saturatedParameter(std::uint64_t value) {
-    constexpr int largest = std::numeric_limits<int>::max();
-    return value < static_cast<std::uint64_t>(largest) ? static_cast<int>(value) : largest;
+// Indices saturate here, so that no sum of them wraps: the largest int names a bin that no spectrum has.
+std::size_t saturated(std::uint64_t index) {
+    return std::min<std::uint64_t>(index, std::numeric_limits<int>::max());
 }
 
 }  // namespace
@@ -85,12 +82,8 @@ bool SpectralRangeFeature::configureRange(std::size_t binCount) {
     if (!featureAssertion(uiCenterIndex > uiRangeWidth, "uiCenterIndex>uiRangeWidth", __LINE__)) {
         return false;
     }
-    ParameterTrie range;
-    range.setIntParameter("range.startIndex", saturatedParameter(uiCenterIndex - uiRangeWidth));
-    // Saturated first: the length of a width beyond half of 2^64 would wrap.
-    range.setIntParameter("range.length",
-                          saturatedParameter(2 * static_cast<std::uint64_t>(saturatedParameter(uiRangeWidth)) + 1));
-    Math::RangeFeature::configure(range);
+    Math::RangeFeature::operator=(
+        Math::RangeFeature(saturated(uiCenterIndex - uiRangeWidth), saturated(2 * saturated(uiRangeWidth) + 1)));
     m_bRangeConfigured = true;
     m_dRelativePosition = dRelativePosition;
     featureLogger().log(LogLevel::Debug, c_szFeatureSource, __LINE__,
@@ -143,9 +136,7 @@ bool MaxSpectralRangesFeature::addListedRanges(const std::string& list) {
     std::istringstream atoms = Text::reader(list);
     for (std::string strAtom; atoms >> strAtom;) {
         std::uint32_t frequency = 0;
-        const char* pEnd = strAtom.data() + strAtom.size();
-        const auto [pParsed, error] = std::from_chars(strAtom.data(), pEnd, frequency);
-        if (error != std::errc() || pParsed != pEnd) {
+        if (!Text::parseWhole(strAtom, frequency)) {
             // No blank before "in": filters on this record match it as it is.
             featureLogger().log(LogLevel::Error, c_szFeatureSource, __LINE__, "Could not convert string atom ", strAtom,
                                 "in an integer");
