@@ -5,6 +5,9 @@
 #include <murvane/math/BasicFeatures.h>
 #include <murvane/math/SignalFeatureComposed.h>
 
+#include <iterator>
+#include <memory>
+
 namespace Zantrix::Audio {
 
 namespace {
@@ -57,8 +60,10 @@ bool DeltaToSlidingMeanFeature::compute(const Math::DoubleVector& in, Math::Doub
 
 bool DeltaToSlidingMeanFeature::reset() {
     if (m_pSlidingMeanFeature.isNull()) {
-        m_pSlidingMeanFeature = CloneableObjPtr<Math::SignalFeatureWithMemory>(new Math::SignalFeatureComposed(
-            new Math::MeanFeature, new Math::SlidingWindowFeature(c_uiSlidingWindowLength)));
+        auto pMean = std::make_unique<Math::MeanFeature>();
+        auto pWindow = std::make_unique<Math::SlidingWindowFeature>(c_uiSlidingWindowLength);
+        m_pSlidingMeanFeature = CloneableObjPtr<Math::SignalFeatureWithMemory>(
+            new Math::SignalFeatureComposed(pMean.release(), pWindow.release()));
     }
     return m_pSlidingMeanFeature->reset();
 }

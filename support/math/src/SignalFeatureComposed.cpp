@@ -1,6 +1,7 @@
 #include <murvane/math/SignalFeatureComposed.h>
 
 #include <memory>
+#include <utility>
 
 namespace Zantrix::Math {
 
@@ -34,16 +35,19 @@ Cloneable* SignalFeatureComposed::clone() const {
 
 SignalFeature* composeFeatures(const StringVector& elements,
                                const std::function<SignalFeature*(const char*)>& newBaseFeature) {
-    SignalFeature* pComposed = nullptr;
+    std::unique_ptr<SignalFeature> pComposed;
     for (auto element = elements.rbegin(); element != elements.rend(); ++element) {
-        SignalFeature* pFeature = newBaseFeature(element->c_str());
+        std::unique_ptr<SignalFeature> pFeature(newBaseFeature(element->c_str()));
         if (pFeature == nullptr) {
-            delete pComposed;
             return nullptr;
         }
-        pComposed = pComposed == nullptr ? pFeature : new SignalFeatureComposed(pFeature, pComposed);
+        if (pComposed != nullptr) {
+            // Both are let go once there is memory for what takes them, and it does not fail any more then.
+            pFeature.reset(new SignalFeatureComposed(pFeature.release(), pComposed.release()));
+        }
+        pComposed = std::move(pFeature);
     }
-    return pComposed;
+    return pComposed.release();
 }
 
 }  // namespace Zantrix::Math

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 
 using namespace Zantrix;
 using namespace Zantrix::Math;
@@ -144,6 +145,18 @@ TEST(ComposeFeatures, AsksForTheElementsAndDestroysWhatIsMadeWhenOneIsMissing) {
     const std::unique_ptr<SignalFeature> pFeature(composeFeatures({"a", "b", "c"}, probeUnlessMissing));
     ASSERT_NE(pFeature, nullptr);
     EXPECT_EQ(live(), 3);
+}
+
+TEST(ComposeFeatures, LeavesNothingBehindWhenItsCallbackThrows) {
+    const auto throwAtThird = [count = 0](const char*) mutable -> SignalFeature* {
+        if (++count == 3) {
+            throw std::runtime_error("no third");
+        }
+        return new ProbeFeature;
+    };
+    const long before = live();
+    EXPECT_THROW(composeFeatures({"a", "b", "c"}, throwAtThird), std::runtime_error);
+    EXPECT_EQ(live(), before);
 }
 
 }  // namespace
