@@ -47,6 +47,38 @@ void removeFrom(IFF::ChunkList& list, RemovedFrom& lists) {
     }
 }
 
+using Annotations = std::vector<CloneableObjPtr<Annotation>>;
+
+// Makes the list reach to the largest cue number that is allowed, and puts the start times at their places, which
+// `hasStart` tells. Returns the largest of all numbers.
+std::uint32_t readCuePoints(IFF::IFFParser& parser, double rate, Annotations& annotations,
+                            std::vector<bool>& hasStart) {
+    std::uint32_t largest = 0;
+    IFF::ChunkPos position;
+    for (bool isFound = parser.find("cue ", position); isFound; isFound = parser.findNext(position)) {
+        // Plain bytes where there is not even a count of records.
+        if (position.getChunk()->getList() == nullptr) {
+            continue;
+        }
+        for (const IFF::Chunk& record : *position.getChunk()->getList()) {
+            IFF::WavCuePointChunk cue;
+            cue.decode(record.getData(), record.getSize());
+            const std::uint32_t index = cue.m_uiIdentifier;
+            largest = std::max(largest, index);
+            if (index >= AnnotatedFile::c_uiEndOfCueNumbers) {
+                continue;
+            }
+            while (annotations.size() <= index) {
+                annotations.push_back(CloneableObjPtr<Annotation>(new AnnotationImpl));
+                hasStart.push_back(false);
+            }
+            annotations[index]->setStartTime(cue.m_uiSampleOffset / rate);
+            hasStart[index] = true;
+        }
+    }
+    return largest;
+}
+
 // Hands the content of every chunk with this identifier, wherever it stands, to `visit`.
 template <typename Content, typename Visit>
 void forEachChunk(IFF::IFFParser& parser, IFF::ChunkId id, Visit visit) {
@@ -62,10 +94,27 @@ void forEachChunk(IFF::IFFParser& parser, IFF::ChunkId id, Visit visit) {
     }
 }
 
+// Hands every annotation, with what hangs on its cue point as chunks of this identifier, to `put`. Returns which ones
+// had any.
+template <typename Content, typename Put>
+std::vector<bool> readTexts(IFF::IFFParser& parser, IFF::ChunkId id, Annotations& annotations, Put put) {
+    std::vector<bool> hasText(annotations.size(), false);
+    forEachChunk<Content>(parser, id, [&](const Content& content) {
+        const std::uint32_t index = content.m_uiIdentifier;
+        if (index >= annotations.size()) {
+            report(LogLevel::Error, __LINE__, c_szNoCue);
+            return;
+        }
+        put(*annotations[index], content);
+        hasText[index] = true;
+    });
+    return hasText;
+}
+
 }  // namespace
 
-/// The contents of all annotation chunks, one after the other in one buffer: to ask for as many buffers and give them
-/// back takes longer than to fill them.
+// The contents of all annotation chunks, one after the other in one buffer: to ask for as many buffers and give them
+// back takes longer than to fill them.
 struct AnnotatedFile::AnnotationContents {
     std::string bytes;
     std::vector<std::size_t> ends;
@@ -130,56 +179,17 @@ bool AnnotatedFile::readWavProperties() {
 bool AnnotatedFile::readAnnotations() {
     const double rate = m_uiSampleRate;
     std::vector<bool> hasStart;
-    std::uint32_t largest = 0;
-    IFF::ChunkPos position;
-    for (bool isFound = m_parser.find("cue ", position); isFound; isFound = m_parser.findNext(position)) {
-        // Plain bytes where there is not even a count of records.
-        if (position.getChunk()->getList() == nullptr) {
-            continue;
-        }
-        for (const IFF::Chunk& record : *position.getChunk()->getList()) {
-            IFF::WavCuePointChunk cue;
-            cue.decode(record.getData(), record.getSize());
-            const std::uint32_t index = cue.m_uiIdentifier;
-            largest = std::max(largest, index);
-            if (index >= c_uiEndOfCueNumbers) {
-                continue;
-            }
-            while (m_vAnnotations.size() <= index) {
-                m_vAnnotations.emplace_back(new AnnotationImpl);
-                hasStart.push_back(false);
-            }
-            m_vAnnotations[index]->setStartTime(cue.m_uiSampleOffset / rate);
-            hasStart[index] = true;
-        }
-    }
+    const std::uint32_t largest = readCuePoints(m_parser, rate, m_vAnnotations, hasStart);
     if (largest >= c_uiEndOfCueNumbers) {
         return refuse(concatenate("Error, cue point ID ", largest, " is not below ", c_uiEndOfCueNumbers));
     }
-
-    const std::size_t count = m_vAnnotations.size();
-    std::vector<bool> hasStop(count, false);
-    forEachChunk<IFF::WavLabeledTextChunk>(m_parser, "ltxt", [&](const IFF::WavLabeledTextChunk& text) {
-        const std::uint32_t index = text.m_uiIdentifier;
-        if (index >= count) {
-            report(LogLevel::Error, __LINE__, c_szNoCue);
-            return;
-        }
-        Annotation& annotation = *m_vAnnotations[index];
-        annotation.setStopTime(annotation.getStartTime() + text.m_uiSampleLength / rate);
-        hasStop[index] = true;
-    });
-    std::vector<bool> hasLabel(count, false);
-    forEachChunk<IFF::WavLabelChunk>(m_parser, "labl", [&](const IFF::WavLabelChunk& label) {
-        const std::uint32_t index = label.m_uiIdentifier;
-        if (index >= count) {
-            report(LogLevel::Error, __LINE__, c_szNoCue);
-            return;
-        }
-        m_vAnnotations[index]->setLabel(label.m_strText.c_str());
-        hasLabel[index] = true;
-    });
-
+    const std::vector<bool> hasStop = readTexts<IFF::WavLabeledTextChunk>(
+        m_parser, "ltxt", m_vAnnotations, [&](Annotation& annotation, const IFF::WavLabeledTextChunk& text) {
+            annotation.setStopTime(annotation.getStartTime() + text.m_uiSampleLength / rate);
+        });
+    const std::vector<bool> hasLabel = readTexts<IFF::WavLabelChunk>(
+        m_parser, "labl", m_vAnnotations,
+        [](Annotation& annotation, const IFF::WavLabelChunk& label) { annotation.setLabel(label.m_strText.c_str()); });
     if (hasStop != hasStart) {
         return refuse("Error, at least a start time is missing in the annotations");
     }
@@ -249,8 +259,8 @@ void AnnotatedFile::appendAnnotations(IFF::ChunkList* pOldList) {
     newList.getList()->setType("adtl");
     IFF::ChunkList& list = pOldList != nullptr ? *pOldList : *newList.getList();
     AnnotationContents contents;
-    constexpr std::size_t usualSize = 64;  // of the three contents, with a short label
-    contents.bytes.reserve(usualSize * m_vAnnotations.size());
+    constexpr std::size_t c_uiUsualSize = 64;  // of the three contents, with a short label
+    contents.bytes.reserve(c_uiUsualSize * m_vAnnotations.size());
     contents.ends.reserve(3 * m_vAnnotations.size());
     unsigned id = 0;
     for (const CloneableObjPtr<Annotation>& pAnnotation : m_vAnnotations) {

@@ -4,6 +4,7 @@
 #include <murvane/core/BoostRegex.h>
 #include <murvane/core/FileReplacement.h>
 #include <murvane/core/FileReplacementBuffer.h>
+#include <murvane/core/Text.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,16 +14,24 @@
 #include <ostream>
 #include <stdexcept>
 
-/// Exchange of annotated files with the disk.
+// Exchange of annotated files with the disk.
 namespace Zantrix::Audio {
 
 namespace {
 
+// What records say of failures, as filters match them: "ile", "Could not file" and "out_file" are no slips of this
+// source.
+constexpr const char* c_szInputNotOpened = "Could not open input file : ";
+constexpr const char* c_szInputNotParsed = "Error parsing input WAV file : ";
+constexpr const char* c_szOutputNotReadable = "Could not open output file for reading: ";
+constexpr const char* c_szOutputNotParsed = "Error parsing output WAV file : ";
+constexpr const char* c_szOutputNotWritable = "Could not open output file for writing: ";
+constexpr const char* c_szCopyNotWritable = "Could not open out_file for writing: ";
+constexpr const char* c_szClearedNotReadable = "Could not open ile for reading: ";
+constexpr const char* c_szClearedNotWritable = "Could not file for writing: ";
+constexpr const char* c_szNotOpened = "Could not open file : ";
+constexpr const char* c_szNotParsed = "Error parsing WAV file : ";
 constexpr const char* c_szNotWritten = "Error writing WAV file : ";
-
-std::string textOf(const char* text) {
-    return text == nullptr ? "" : text;
-}
 
 }  // namespace
 
@@ -87,7 +96,7 @@ AnnotatedFile::Stage AnnotatedFile::storeTo(const std::string& path) {
 bool AnnotatedFile::isDone(Stage stage, const char* couldNotOpen, const char* couldNotTransfer, const char* path) {
     if (stage != Stage::Done) {
         annotationLogger().log(LogLevel::Error, c_szAnnotationSource, __LINE__,
-                               stage == Stage::NotOpened ? couldNotOpen : couldNotTransfer, textOf(path));
+                               stage == Stage::NotOpened ? couldNotOpen : couldNotTransfer, Text::orEmpty(path));
     }
     return stage == Stage::Done;
 }
@@ -95,27 +104,26 @@ bool AnnotatedFile::isDone(Stage stage, const char* couldNotOpen, const char* co
 bool AnnotatedFile::copyAnnotations(const char* in, const char* out) {
     AnnotatedFile source;
     AnnotatedFile target;
-    if (!isDone(source.loadFrom(textOf(in)), "Could not open input file : ", "Error parsing input WAV file : ", in) ||
-        !isDone(target.loadFrom(textOf(out)),
-                "Could not open output file for reading: ", "Error parsing output WAV file : ", out)) {
+    if (!isDone(source.loadFrom(Text::orEmpty(in)), c_szInputNotOpened, c_szInputNotParsed, in) ||
+        !isDone(target.loadFrom(Text::orEmpty(out)), c_szOutputNotReadable, c_szOutputNotParsed, out)) {
         return false;
     }
     target.m_vAnnotations = source.m_vAnnotations;
-    return isDone(target.storeTo(textOf(out)), "Could not open out_file for writing: ", c_szNotWritten, out);
+    return isDone(target.storeTo(Text::orEmpty(out)), c_szCopyNotWritable, c_szNotWritten, out);
 }
 
 bool AnnotatedFile::clearAnnotations(const char* file) {
     AnnotatedFile target;
-    if (!isDone(target.loadFrom(textOf(file)), "Could not open ile for reading: ", "Error parsing WAV file : ", file)) {
+    if (!isDone(target.loadFrom(Text::orEmpty(file)), c_szClearedNotReadable, c_szNotParsed, file)) {
         return false;
     }
     target.m_vAnnotations.clear();
-    return isDone(target.storeTo(textOf(file)), "Could not file for writing: ", c_szNotWritten, file);
+    return isDone(target.storeTo(Text::orEmpty(file)), c_szClearedNotWritable, c_szNotWritten, file);
 }
 
 bool AnnotatedFile::clearAnnotations(const char* file, const char* regex) {
     AnnotatedFile target;
-    if (!isDone(target.loadFrom(textOf(file)), "Could not open ile for reading: ", "Error parsing WAV file : ", file)) {
+    if (!isDone(target.loadFrom(Text::orEmpty(file)), c_szClearedNotReadable, c_szNotParsed, file)) {
         return false;
     }
     auto& annotations = target.m_vAnnotations;
@@ -123,7 +131,7 @@ bool AnnotatedFile::clearAnnotations(const char* file, const char* regex) {
     try {
         // A file without annotations never compiles the expression, and so never stumbles over it.
         if (!annotations.empty()) {
-            const BoostRegex expression(textOf(regex).c_str());
+            const BoostRegex expression(Text::orEmpty(regex));
             const auto isMatch = [&](const CloneableObjPtr<Annotation>& pAnnotation) {
                 return expression.matches(pAnnotation->getLabel());
             };
@@ -132,30 +140,29 @@ bool AnnotatedFile::clearAnnotations(const char* file, const char* regex) {
     } catch (const std::runtime_error&) {
         annotationLogger().log(LogLevel::Error, c_szAnnotationSource, __LINE__,
                                "Unexpected std::runtime exception caught in clearAnnotations with regex: \"",
-                               textOf(regex), '"');
+                               Text::orEmpty(regex), '"');
         return false;
     }
     annotationLogger().log(LogLevel::Info, c_szAnnotationSource, __LINE__, "Number of annotations cleared in file ",
-                           textOf(file), " : ", before - annotations.size());
-    return isDone(target.storeTo(textOf(file)), "Could not file for writing: ", c_szNotWritten, file);
+                           Text::orEmpty(file), " : ", before - annotations.size());
+    return isDone(target.storeTo(Text::orEmpty(file)), c_szClearedNotWritable, c_szNotWritten, file);
 }
 
 bool AnnotatedFile::addAnnotations(const char* in, const char* out) {
     AnnotatedFile source;
     AnnotatedFile target;
-    if (!isDone(source.loadFrom(textOf(in)), "Could not open input file : ", "Error parsing input WAV file : ", in) ||
-        !isDone(target.loadFrom(textOf(out)),
-                "Could not open output file for reading: ", "Error parsing output WAV file : ", out)) {
+    if (!isDone(source.loadFrom(Text::orEmpty(in)), c_szInputNotOpened, c_szInputNotParsed, in) ||
+        !isDone(target.loadFrom(Text::orEmpty(out)), c_szOutputNotReadable, c_szOutputNotParsed, out)) {
         return false;
     }
     target.m_vAnnotations.insert(target.m_vAnnotations.end(), source.m_vAnnotations.begin(),
                                  source.m_vAnnotations.end());
-    return isDone(target.storeTo(textOf(out)), "Could not open output file for writing: ", c_szNotWritten, out);
+    return isDone(target.storeTo(Text::orEmpty(out)), c_szOutputNotWritable, c_szNotWritten, out);
 }
 
 bool AnnotatedFile::addAnnotation(const char* file, const Annotation& annotation) {
     AnnotatedFile target;
-    if (!isDone(target.loadFrom(textOf(file)), "Could not open file : ", "Error parsing WAV file : ", file)) {
+    if (!isDone(target.loadFrom(Text::orEmpty(file)), c_szNotOpened, c_szNotParsed, file)) {
         return false;
     }
     CloneableObjPtr<Annotation> pClone(annotation.clone());
@@ -163,7 +170,7 @@ bool AnnotatedFile::addAnnotation(const char* file, const Annotation& annotation
         return false;
     }
     target.m_vAnnotations.push_back(std::move(pClone));
-    return isDone(target.storeTo(textOf(file)), "Could not open output file for writing: ", c_szNotWritten, file);
+    return isDone(target.storeTo(Text::orEmpty(file)), c_szOutputNotWritable, c_szNotWritten, file);
 }
 
 }  // namespace Zantrix::Audio
