@@ -17,7 +17,9 @@ using Zantrix::Logger;
 using Zantrix::Audio::matchesToneLabel;
 
 bool matches(const char* label, const char* regex) {
-    return matchesToneLabel(label, regex, Logger::forCategory("murvane.test.ToneLabel"), "SomeSource");
+    return matchesToneLabel(
+        label, regex, [=] { return Zantrix::BoostRegex(regex); }, Logger::forCategory("murvane.test.ToneLabel"),
+        "SomeSource");
 }
 
 LogRecord unexpected(const std::string& regex) {

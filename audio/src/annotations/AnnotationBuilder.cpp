@@ -1,18 +1,40 @@
 #include "AnnotationDiagnostics.h"
 
 #include <murvane/audio/annotations/AnnotationBuilder.h>
-#include <murvane/core/BoostRegex.h>
 #include <murvane/core/SingletonRegistry.h>
+#include <murvane/core/Text.h>
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace Zantrix::Audio {
 
 namespace {
 
+// Records keep their wording, "explicitely", "matche" and "in -annotation" included: filters match them as they are.
+
 // Made while the library is loaded, so that the builder is there before any caller's code runs.
 [[maybe_unused]] const AnnotationBuilder& g_builder = AnnotationBuilder::getInstance();
+
+// Once for all labels. An invalid expression is no matter of the registration: every label that meets it reports it.
+std::optional<BoostRegex> compiled(const char* expression) {
+    try {
+        return BoostRegex(expression);
+    } catch (const std::runtime_error&) {
+        return {};
+    }
+}
+
+// False when the expression is invalid or takes unreasonably long.
+bool match(const std::optional<BoostRegex>& regex, const std::string& label, bool& isMatch) {
+    try {
+        isMatch = regex.has_value() && regex->matches(label);
+        return regex.has_value();
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+}
 
 }  // namespace
 
@@ -47,48 +69,21 @@ bool AnnotationBuilder::registerPrototype(const Annotation& prototype) {
     if (pClone.isNull()) {
         return false;
     }
-    const auto hasName = [&](const Entry& entry) { return entry.first == typeName; };
+    const auto hasName = [&](const Entry& entry) { return entry.typeName == typeName; };
     if (std::any_of(m_vPrototypes.begin(), m_vPrototypes.end(), hasName)) {
         annotationLogger().log(LogLevel::Debug, c_szAnnotationSource, __LINE__,
                                "Failed to register prototype of annotation: ", typeName);
         return false;
     }
-    m_vPrototypes.emplace_back(typeName, std::move(pClone));
+    std::optional<BoostRegex> regex = compiled(pClone->getRegex());
+    m_vPrototypes.push_back({typeName, std::move(pClone), std::move(regex)});
     return true;
 }
 
 Annotation* AnnotationBuilder::getNewAnnotation(const char* label) const {
-    const std::string strLabel = label == nullptr ? "" : label;
-    const Annotation* pPrototype = m_pDefaultPrototype.get();
-    const Entry* pExamined = nullptr;
-    try {
-        const Entry* pChosen = nullptr;
-        for (const Entry& entry : m_vPrototypes) {
-            pExamined = &entry;
-            // Null in a copied builder, whose prototype cloned itself into something else.
-            if (entry.second.isNull() || !BoostRegex(entry.second->getRegex()).matches(strLabel)) {
-                continue;
-            }
-            if (pChosen != nullptr) {
-                annotationLogger().log(LogLevel::Error, c_szAnnotationSource, __LINE__,
-                                       "Different registered annotations could be created from label: ", strLabel,
-                                       ". Annotations that matches are: ", pChosen->second->getTypeName(),
-                                       " with regex '", pChosen->second->getRegex(), "' and ",
-                                       entry.second->getTypeName(), " with regex '", entry.second->getRegex(), "'.");
-            }
-            pChosen = &entry;
-        }
-        if (pChosen != nullptr) {
-            pPrototype = pChosen->second.get();
-        } else {
-            annotationLogger().log(LogLevel::Debug, c_szAnnotationSource, __LINE__,
-                                   "No specialized annotation type that matche label: ", strLabel,
-                                   ". Use base implementation");
-        }
-    } catch (const std::runtime_error&) {
-        annotationLogger().log(LogLevel::Error, c_szAnnotationSource, __LINE__,
-                               "Unexpected std::runtime exception caught in -annotation with regex: \"",
-                               pExamined->first, '"');
+    const std::string strLabel = Text::orEmpty(label);
+    const Annotation* pPrototype = nullptr;
+    if (!findPrototype(strLabel, pPrototype)) {
         return nullptr;
     }
     CloneableObjPtr<Annotation> pAnnotation(pPrototype->clone());
@@ -101,6 +96,42 @@ Annotation* AnnotationBuilder::getNewAnnotation(const char* label) const {
     Assertion(pAnnotation->setLabel(strLabel.c_str()), "pAnnotation->setLabel( strLabel.c_str() )",
               c_szAnnotationSource, __LINE__);
     return pAnnotation.release();
+}
+
+// The prototype of the last type that matches, or the default one; false as soon as an expression cannot be used.
+bool AnnotationBuilder::findPrototype(const std::string& label, const Annotation*& pPrototype) const {
+    pPrototype = nullptr;
+    for (const Entry& entry : m_vPrototypes) {
+        // Null in a copied builder, whose prototype cloned itself into something else.
+        if (entry.pPrototype.isNull()) {
+            continue;
+        }
+        bool isMatch = false;
+        if (!match(entry.regex, label, isMatch)) {
+            annotationLogger().log(LogLevel::Error, c_szAnnotationSource, __LINE__,
+                                   "Unexpected std::runtime exception caught in -annotation with regex: \"",
+                                   entry.typeName, '"');
+            return false;
+        }
+        if (!isMatch) {
+            continue;
+        }
+        if (pPrototype != nullptr) {
+            annotationLogger().log(LogLevel::Error, c_szAnnotationSource, __LINE__,
+                                   "Different registered annotations could be created from label: ", label,
+                                   ". Annotations that matches are: ", pPrototype->getTypeName(), " with regex '",
+                                   pPrototype->getRegex(), "' and ", entry.pPrototype->getTypeName(), " with regex '",
+                                   entry.pPrototype->getRegex(), "'.");
+        }
+        pPrototype = entry.pPrototype.get();
+    }
+    if (pPrototype == nullptr) {
+        annotationLogger().log(LogLevel::Debug, c_szAnnotationSource, __LINE__,
+                               "No specialized annotation type that matche label: ", label,
+                               ". Use base implementation");
+        pPrototype = m_pDefaultPrototype.get();
+    }
+    return true;
 }
 
 }  // namespace Zantrix::Audio

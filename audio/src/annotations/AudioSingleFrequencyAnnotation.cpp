@@ -8,12 +8,19 @@ namespace Zantrix::Audio {
 
 namespace {
 
+// No quote closes the label in what `setLabel` reports at ERROR: filters match these records as they are.
 constexpr const char* c_szSource = "AudioSingleFrequencyAnnotation";
 constexpr const char* c_szRegex = "SF_[0-9]*";
 
 const Logger& logger() {
     static const Logger& logger = Logger::forCategory("murvane.audio.annotation.SingleFrequency");
     return logger;
+}
+
+// Compiled once, never destroyed: static destructors may still ask for labels.
+const BoostRegex& compiledRegex() {
+    static const BoostRegex& regex = *new BoostRegex(c_szRegex);
+    return regex;
 }
 
 }  // namespace
@@ -50,7 +57,7 @@ bool SingleFrequencyAnnotationImpl::setLabel(const char* label) {
 }
 
 bool SingleFrequencyAnnotationImpl::isSFLabel(const char* label) {
-    return matchesToneLabel(label, c_szRegex, logger(), c_szSource);
+    return matchesToneLabel(label, c_szRegex, compiledRegex, logger(), c_szSource);
 }
 
 const char* SingleFrequencyAnnotationImpl::s_getRegex() {

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <murvane/audio/annotations/AudioAnnotation.h>
+#include <murvane/core/BoostRegex.h>
 #include <murvane/core/CloneableObjPtr.h>
 
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Zantrix::Audio {
@@ -41,9 +42,15 @@ public:
     Annotation* getNewAnnotation(const char* label) const;
 
 private:
-    using Entry = std::pair<std::string, CloneableObjPtr<Annotation>>;
+    struct Entry {
+        std::string typeName;
+        CloneableObjPtr<Annotation> pPrototype;
+        std::optional<BoostRegex> regex;  // none: its expression is invalid
+    };
 
-    std::vector<Entry> m_vPrototypes;  // by type name, in order of registration
+    bool findPrototype(const std::string& label, const Annotation*& pPrototype) const;
+
+    std::vector<Entry> m_vPrototypes;  // in order of registration
     CloneableObjPtr<Annotation> m_pDefaultPrototype;
 };
 
