@@ -32,7 +32,7 @@ template <typename T>
     T* low = values + 2;
     T* high = values + 2 * (binCount - 1);
     T* power = values + 1;
-    for (; low < high; low += 2, high -= 2, ++power, rotation += Math::rotationStride) {
+    for (; low < high; low += 2, high -= 2, ++power, rotation += Math::c_uiRotationStride) {
         Point term = Point::load(low);
         Point mirror = Point::load(high);
         Math::separatePair(term, mirror, rotation);

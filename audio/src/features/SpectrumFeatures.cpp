@@ -55,11 +55,10 @@ bool SpectrumFeature::computeWindows(std::span<const Math::DoubleVector> in, std
     }
     m_vScratch.resize(spectrumScratchSize(uiSizeFFT));
     // Group by group, so that the addresses fit on the stack.
-    constexpr std::size_t groupSize = 8;
-    std::array<const double*, groupSize> windows{};
-    std::array<double*, groupSize> spectra{};
-    for (std::size_t first = 0; first < in.size(); first += groupSize) {
-        const std::size_t count = std::min(groupSize, in.size() - first);
+    std::array<const double*, c_uiWidestLanes> windows{};
+    std::array<double*, c_uiWidestLanes> spectra{};
+    for (std::size_t first = 0; first < in.size(); first += c_uiWidestLanes) {
+        const std::size_t count = std::min(c_uiWidestLanes, in.size() - first);
         for (std::size_t i = 0; i < count; ++i) {
             Math::DoubleVector& values = out[first + i];
             const std::size_t start = values.size();

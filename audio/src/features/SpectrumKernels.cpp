@@ -15,16 +15,16 @@ namespace Zantrix::Audio {
 
 namespace {
 
-constexpr std::uintptr_t scratchAlignment = 64;
+constexpr std::uintptr_t c_uiScratchAlignment = c_uiWidestLanes * sizeof(double);
 
 double* alignedScratch(std::span<double> scratch) {
     const auto address = reinterpret_cast<std::uintptr_t>(scratch.data());
-    const std::uintptr_t misalignment = address % scratchAlignment;
-    return scratch.data() + (misalignment == 0 ? 0 : (scratchAlignment - misalignment) / sizeof(double));
+    const std::uintptr_t misalignment = address % c_uiScratchAlignment;
+    return scratch.data() + (misalignment == 0 ? 0 : (c_uiScratchAlignment - misalignment) / sizeof(double));
 }
 
-/// Which NaN a sum of several NaNs keeps depends on the order in which a compiler writes the operands of an addition,
-/// so a spectrum without meaning is given one that does not.
+// Which NaN a sum of several NaNs keeps depends on the order in which a compiler writes the operands of an addition,
+// so a spectrum without meaning is given one that does not.
 void setUndefined(double* spectrum, std::size_t binCount) {
     std::fill_n(spectrum, binCount, std::numeric_limits<double>::quiet_NaN());
 }
@@ -35,8 +35,8 @@ struct LaneVector {
     typedef double Unaligned __attribute__((vector_size(lanes * sizeof(double)), aligned(sizeof(double)), may_alias));
 };
 
-/// Exchanges the upper right and lower left quarters of all blocks of 2 x 2 * `distance` elements in two rows that
-/// are `distance` apart.
+// Exchanges the upper right and lower left quarters of all blocks of 2 x 2 * `distance` elements in two rows that
+// are `distance` apart.
 template <std::size_t distance, typename V, std::size_t... column>
 [[gnu::always_inline]] inline void exchangeQuarters(V& upper, V& lower, std::index_sequence<column...>) {
     constexpr std::size_t lanes = sizeof...(column);
@@ -48,7 +48,7 @@ template <std::size_t distance, typename V, std::size_t... column>
                                     static_cast<int>((column & distance) ? lanes + column : column + distance)...);
 }
 
-/// Transposes a square of as many vectors as each has lanes.
+// Transposes a square of as many vectors as each has lanes.
 template <std::size_t distance = 1, typename V, std::size_t lanes>
 [[gnu::always_inline]] inline void transpose(V (&square)[lanes]) {
     for (std::size_t row = 0; row < lanes; ++row) {
@@ -61,7 +61,7 @@ template <std::size_t distance = 1, typename V, std::size_t lanes>
     }
 }
 
-/// Everything a kernel does. Compiled for the instruction set of the function that it is inlined into.
+// Everything a kernel does. Compiled for the instruction set of the function that it is inlined into.
 template <std::size_t lanes>
 [[gnu::always_inline]] inline void computeSideBySide(const double* const* windows, const double* weights,
                                                      const Math::TransformTables& tables, double* const* spectra,
@@ -119,13 +119,13 @@ __attribute__((target("avx2"))) void computeFourAvx2(const double* const* window
     computeSideBySide<4>(windows, weights, Math::transformTables(n), spectra, scratch);
 }
 
-__attribute__((target("avx512f"))) void computeEightAvx512(const double* const* windows, const double* weights,
-                                                           std::size_t n, double* const* spectra, double* scratch) {
-    computeSideBySide<8>(windows, weights, Math::transformTables(n), spectra, scratch);
+__attribute__((target("avx512f"))) void computeWidestAvx512(const double* const* windows, const double* weights,
+                                                            std::size_t n, double* const* spectra, double* scratch) {
+    computeSideBySide<c_uiWidestLanes>(windows, weights, Math::transformTables(n), spectra, scratch);
 }
 #endif
 
-/// The kernels of this processor, found once.
+// The kernels of this processor, found once.
 struct KernelTable {
     std::array<SpectrumKernel, 3> kernels;
     std::size_t count = 0;
@@ -134,7 +134,7 @@ struct KernelTable {
 #if defined(__x86_64__)
         __builtin_cpu_init();
         if (__builtin_cpu_supports("avx512f")) {
-            add({"AVX-512", 8, computeEightAvx512});
+            add({"AVX-512", c_uiWidestLanes, computeWidestAvx512});
         }
         if (__builtin_cpu_supports("avx2")) {
             add({"AVX2", 4, computeFourAvx2});

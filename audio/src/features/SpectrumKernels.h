@@ -29,11 +29,13 @@ struct SpectrumKernel {
 /// The kernels that this processor can run, the preferred one first; at least one, of two lanes.
 std::span<const SpectrumKernel> spectrumKernels();
 
+/// The lanes of the widest kernel of any processor: windows are best handed over in groups of as many.
+inline constexpr std::size_t c_uiWidestLanes = 8;
+
 /// How many places of scratch `powerSpectra` needs for windows of n samples.
 constexpr std::size_t spectrumScratchSize(std::size_t n) {
-    constexpr std::size_t widestLanes = 8;
-    constexpr std::size_t alignmentSlack = 7;
-    return widestLanes * n + alignmentSlack;
+    constexpr std::size_t c_uiAlignmentSlack = c_uiWidestLanes - 1;
+    return c_uiWidestLanes * n + c_uiAlignmentSlack;
 }
 
 /// The normalised power spectra of any number of windows of n samples. Each equals, to the bit, what `powerSpectrum`

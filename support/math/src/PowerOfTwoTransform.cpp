@@ -29,7 +29,7 @@ void fillBitReversal(TransformTables& tables) {
 
 void fillPasses(TransformTables& tables) {
     const std::size_t points = tables.size / 2;
-    for (std::size_t length = std::countr_zero(points) % 2 == 1 ? 8 : 4; length < points; length *= 4) {
+    for (std::size_t length = firstPassLength(points); length < points; length *= 4) {
         for (std::size_t j = 1; j < length; ++j) {
             for (std::size_t m = 1; m <= 3; ++m) {
                 const Rotation rotation = rotationBy(j * m, 4 * length);

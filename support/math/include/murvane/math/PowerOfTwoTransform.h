@@ -52,8 +52,18 @@ struct TransformTables {
 /// @throws std::bad_alloc if there is no memory for them; nothing is kept then
 MURVANE_API const TransformTables& transformTables(std::size_t n);
 
+/// How many points each transform has that the first pass makes of `points`, a power of two, in all: as many as leave
+/// only passes of radix 4. 1 where there is nothing to do.
+[[gnu::always_inline]] constexpr std::size_t firstPassLength(std::size_t points) {
+    const int levels = std::countr_zero(points);
+    if (levels < 2) {
+        return points;
+    }
+    return levels % 2 == 0 ? 4 : 8;
+}
+
 /// How many numbers a stored rotation has.
-inline constexpr std::size_t rotationStride = 4;
+inline constexpr std::size_t c_uiRotationStride = 4;
 
 /// A complex value of T, or several side by side.
 template <typename T>
@@ -159,15 +169,15 @@ template <typename T>
 template <typename T>
 [[gnu::always_inline]] inline void transformEights(T* values, std::size_t points) {
     using Point = TransformPoint<T>;
-    constexpr double halfRoot = 0.70710678118654752440;
+    constexpr double c_dHalfRoot = 0.70710678118654752440;
     for (T* v = values; v != values + 2 * points; v += 16) {
         Point even[4] = {Point::load(v), Point::load(v + 4), Point::load(v + 2), Point::load(v + 6)};
         Point odd[4] = {Point::load(v + 8), Point::load(v + 12), Point::load(v + 10), Point::load(v + 14)};
         transformFour(even);
         transformFour(odd);
-        odd[1] = (odd[1] + odd[1].timesMinusI()).scaled(halfRoot);
+        odd[1] = (odd[1] + odd[1].timesMinusI()).scaled(c_dHalfRoot);
         odd[2] = odd[2].timesMinusI();
-        odd[3] = (odd[3].timesMinusI() - odd[3]).scaled(halfRoot);
+        odd[3] = (odd[3].timesMinusI() - odd[3]).scaled(c_dHalfRoot);
         for (std::size_t k = 0; k < 4; ++k) {
             (even[k] + odd[k]).store(v + 2 * k);
             (even[k] - odd[k]).store(v + 2 * k + 8);
@@ -196,9 +206,9 @@ template <typename T>
         }
         z[0] = Point::load(v0 + j);
         z[1] = Point::load(v1 + j).rotated(rotations);
-        z[2] = Point::load(v2 + j).rotated(rotations + rotationStride);
-        z[3] = Point::load(v3 + j).rotated(rotations + 2 * rotationStride);
-        rotations += 3 * rotationStride;
+        z[2] = Point::load(v2 + j).rotated(rotations + c_uiRotationStride);
+        z[3] = Point::load(v3 + j).rotated(rotations + 2 * c_uiRotationStride);
+        rotations += 3 * c_uiRotationStride;
     }
 }
 
@@ -220,23 +230,20 @@ template <typename T>
 template <typename T>
 [[gnu::always_inline]] inline void transformBitReversed(T* values, const TransformTables& tables) {
     const std::size_t points = tables.size / 2;
-    std::size_t length = 1;
-    if (const int levels = std::countr_zero(points); levels == 1) {
+    std::size_t length = firstPassLength(points);
+    if (length == 2) {
         transformPairs(values, points);
-        length = 2;
-    } else if (levels % 2 == 1) {
-        transformEights(values, points);
-        length = 8;
-    } else if (levels > 0) {
+    } else if (length == 4) {
         transformFours(values, points);
-        length = 4;
+    } else if (length == 8) {
+        transformEights(values, points);
     }
     const double* rotations = tables.passes.data();
     for (; length < points; length *= 4) {
         for (std::size_t first = 0; first < points; first += 4 * length) {
             joinFour(values + 2 * first, length, rotations);
         }
-        rotations += 3 * rotationStride * (length - 1);
+        rotations += 3 * c_uiRotationStride * (length - 1);
     }
 }
 
@@ -271,7 +278,7 @@ template <typename T>
     const double* rotation = tables.separation.data();
     T* low = values + 2;
     T* high = values + 2 * (points - 1);
-    for (; low < high; low += 2, high -= 2, rotation += rotationStride) {
+    for (; low < high; low += 2, high -= 2, rotation += c_uiRotationStride) {
         Point term = Point::load(low);
         Point mirror = Point::load(high);
         separatePair(term, mirror, rotation);
