@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS murvane-audio EXPORT murvane-audio-targets)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/audio/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-foreach(name IN ITEMS core infra math mathxpr iff)
+foreach(name IN LISTS murvane_support_libraries)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/support/${name}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endforeach()
 
