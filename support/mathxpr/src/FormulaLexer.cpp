@@ -27,7 +27,7 @@ constexpr bool isControl(char c) {
 
 std::string describeByte(char c) {
     constexpr std::string_view digits = "0123456789abcdef";
-    if (c > ' ' && c <= '~') {
+    if (Text::isPrintable(c) && c != ' ') {
         return {'"', c, '"'};
     }
     const auto byte = static_cast<unsigned char>(c);
@@ -44,14 +44,16 @@ bool isIdentifier(std::string_view text) {
 Token FormulaLexer::next() {
     m_uiPosition = std::min(m_strFormula.find_first_not_of(" \t\r\n", m_uiPosition), m_strFormula.size());
     if (m_uiPosition == m_strFormula.size()) {
-        return {Token::Kind::End, {}, 0.0, m_uiPosition, {}};
+        return {.kind = Token::Kind::End, .offset = m_uiPosition};
     }
     const std::string_view rest = m_strFormula.substr(m_uiPosition);
     const char first = rest.front();
     if (startsIdentifier(first)) {
         const auto end = std::find_if_not(rest.begin(), rest.end(), continuesIdentifier);
         const std::string_view name = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
-        return {Token::Kind::Identifier, name, 0.0, std::exchange(m_uiPosition, m_uiPosition + name.size()), {}};
+        return {.kind = Token::Kind::Identifier,
+                .text = name,
+                .offset = std::exchange(m_uiPosition, m_uiPosition + name.size())};
     }
     if (isDigit(first) || (first == '.' && rest.size() > 1 && isDigit(rest[1]))) {
         return number();
@@ -60,7 +62,7 @@ Token FormulaLexer::next() {
         return text();
     }
     if (std::string_view("+-*/(),=").find(first) != std::string_view::npos) {
-        return {Token::Kind::Symbol, rest.substr(0, 1), 0.0, m_uiPosition++, {}};
+        return {.kind = Token::Kind::Symbol, .text = rest.substr(0, 1), .offset = m_uiPosition++};
     }
     return bad(m_uiPosition, "unexpected " + describeByte(first));
 }
@@ -73,7 +75,10 @@ Token FormulaLexer::number() {
     if (error != std::errc()) {
         return bad(m_uiPosition, "the number " + excerpt(digits) + " is out of range");
     }
-    return {Token::Kind::Number, digits, value, std::exchange(m_uiPosition, m_uiPosition + digits.size()), {}};
+    return {.kind = Token::Kind::Number,
+            .text = digits,
+            .number = value,
+            .offset = std::exchange(m_uiPosition, m_uiPosition + digits.size())};
 }
 
 Token FormulaLexer::text() {
@@ -88,12 +93,12 @@ Token FormulaLexer::text() {
         return bad(end, "unexpected " + describeByte(m_strFormula[end]) + " in a text");
     }
     const std::string_view content = m_strFormula.substr(begin, end - begin);
-    return {Token::Kind::Text, content, 0.0, std::exchange(m_uiPosition, end + 1), {}};
+    return {.kind = Token::Kind::Text, .text = content, .offset = std::exchange(m_uiPosition, end + 1)};
 }
 
 Token FormulaLexer::bad(std::size_t offset, std::string problem) {
     m_uiPosition = m_strFormula.size();
-    return {Token::Kind::Bad, {}, 0.0, offset, std::move(problem)};
+    return {.kind = Token::Kind::Bad, .offset = offset, .problem = std::move(problem)};
 }
 
 }  // namespace Zantrix::Math::Xpr

@@ -18,10 +18,10 @@ struct Token {
     };
 
     Kind kind = Kind::End;
-    std::string_view text;
+    std::string_view text{};
     double number = 0.0;
     std::size_t offset = 0;  // of the word's first byte; of a bad one, of the byte that is wrong
-    std::string problem;
+    std::string problem{};
 
     bool isSymbol(char symbol) const { return kind == Kind::Symbol && text.front() == symbol; }
 };

@@ -20,8 +20,8 @@ std::string found(const Token& token) {
     }
 }
 
-/// A recursive descent over the grammar, one operation per rule. Only parentheses and calls recurse, and those are
-/// counted.
+// A recursive descent over the grammar, one operation per rule. Only parentheses and calls recurse, and those are
+// counted.
 class Parser {
 public:
     Parser(std::string_view formula, FormulaError& error)
@@ -81,7 +81,7 @@ private:
             if (!operand(right)) {
                 return false;
             }
-            result = add({pOperator->kind, 0.0, {}, {result, right}, {}, offset});
+            result = add({.kind = pOperator->kind, .operands = {result, right}, .offset = offset});
         }
         return true;
     }
@@ -96,7 +96,7 @@ private:
         if (!primary(operand)) {
             return false;
         }
-        result = add({Kind::Negation, 0.0, {}, {operand}, {}, offset});
+        result = add({.kind = Kind::Negation, .operands = {operand}, .offset = offset});
         return true;
     }
 
@@ -104,7 +104,7 @@ private:
         const Token token = m_token;
         if (token.kind == Token::Kind::Number) {
             advance();
-            result = add({Kind::Number, token.number, {}, {}, {}, token.offset});
+            result = add({.kind = Kind::Number, .number = token.number, .offset = token.offset});
             return true;
         }
         if (token.kind == Token::Kind::Identifier) {
@@ -112,7 +112,7 @@ private:
             if (m_token.isSymbol('(')) {
                 return nested([&] { return call(token, result); });
             }
-            result = add({Kind::Variable, 0.0, std::string(token.text), {}, {}, token.offset});
+            result = add({.kind = Kind::Variable, .name = std::string(token.text), .offset = token.offset});
             return true;
         }
         if (token.isSymbol('(')) {
@@ -144,9 +144,10 @@ private:
     }
 
     bool call(const Token& name, Index& result) {
-        SyntaxNode node{Kind::Call, 0.0, std::string(name.text), {}, {}, name.offset};
+        SyntaxNode node{.kind = Kind::Call, .name = std::string(name.text), .offset = name.offset};
         while (true) {
-            if (!argument(node)) {
+            bool isParameter = false;
+            if (!argument(node, isParameter)) {
                 return false;
             }
             if (m_token.isSymbol(')')) {
@@ -154,17 +155,17 @@ private:
                 return true;
             }
             if (!m_token.isSymbol(',')) {
-                return expected(m_bOperatorMayFollow ? "an operator, \",\" or \")\"" : "\",\" or \")\"");
+                return expected(isParameter ? "\",\" or \")\"" : "an operator, \",\" or \")\"");
             }
             advance();
         }
     }
 
-    bool argument(SyntaxNode& call) {
-        m_bOperatorMayFollow = true;
+    // An expression, after which an operator may follow, or a parameter, after which none may.
+    bool argument(SyntaxNode& call, bool& isParameter) {
         FormulaLexer ahead = m_lexer;
         if (m_token.kind == Token::Kind::Identifier && ahead.next().isSymbol('=')) {
-            m_bOperatorMayFollow = false;
+            isParameter = true;
             return call.operands.empty() ? expected("an argument before the first parameter") : parameter(call);
         }
         Index operand = 0;
@@ -172,7 +173,6 @@ private:
             return false;
         }
         call.operands.push_back(operand);
-        m_bOperatorMayFollow = true;
         return true;
     }
 
@@ -207,7 +207,6 @@ private:
     FormulaLexer m_lexer;
     Token m_token;
     std::size_t m_uiDepth = 0;
-    bool m_bOperatorMayFollow = true;
     std::vector<SyntaxNode> m_vNodes;
 };
 

@@ -24,11 +24,11 @@ struct SyntaxNode {
     enum class Kind : std::uint8_t { Number, Variable, Call, Negation, Sum, Difference, Product, Quotient };
 
     Kind kind = Kind::Number;
-    double number = 0.0;                      ///< of a Number; finite, never negative
-    std::string name;                         ///< of a Variable or a Call
-    std::vector<std::uint32_t> operands{};    ///< indices of nodes before this one; of a Call, its arguments
-    std::vector<SyntaxParameter> parameters;  ///< of a Call, in the order of the formula; each name once
-    std::size_t offset = 0;                   ///< 0-based place in the formula; of a binary operation, its symbol
+    double number = 0.0;                        ///< of a Number; finite, never negative
+    std::string name{};                         ///< of a Variable or a Call
+    std::vector<std::uint32_t> operands{};      ///< indices of nodes before this one; of a Call, its arguments
+    std::vector<SyntaxParameter> parameters{};  ///< of a Call, in the order of the formula; each name once
+    std::size_t offset = 0;                     ///< 0-based place in the formula; of a binary operation, its symbol
 
     /// Two are the same wherever they stand.
     bool operator==(const SyntaxNode& other) const {
