@@ -44,4 +44,16 @@ void Logger::forcedLog(LogLevel level, const std::string& message, const char* s
     m_pImpl->logger.forcedLog(static_cast<log4cplus::LogLevel>(level), message, sourceName, line);
 }
 
+void TraceScope::report(const char* what) const {
+    m_pLogger->forcedLog(LogLevel::Trace, concatenate(what, m_szScope), m_szSourceName, m_iLine);
+}
+
+void TraceScope::reportExit() const noexcept {
+    try {
+        report("EXIT:  ");
+    } catch (...) {
+        // A destructor that throws ends the program: rather a record less.
+    }
+}
+
 }  // namespace Zantrix

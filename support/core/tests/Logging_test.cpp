@@ -5,8 +5,12 @@
 #include <testkit/TraceRecords.h>
 
 #include <gmock/gmock.h>
+#include <log4cplus/appender.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/spi/loggingevent.h>
 
 #include <ostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -40,6 +44,19 @@ std::ostream& operator<<(std::ostream& os, const Printed& printed) {
     ++printed.times;
     return os << "printed";
 }
+
+class AppenderThatThrowsAtExits : public log4cplus::Appender {
+public:
+    ~AppenderThatThrowsAtExits() override { destructorImpl(); }
+    void close() override { closed = true; }
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override {
+        if (event.getMessage().compare(0, 4, "EXIT") == 0) {
+            throw std::runtime_error("full");
+        }
+    }
+};
 
 TEST(Logger, IsOneObjectPerCategory) {
     EXPECT_EQ(&Logger::forCategory("murvane.test.A"), &Logger::forCategory("murvane.test.A"));
@@ -128,6 +145,18 @@ struct Talker : Zantrix::ObjectWithLogger {
     using ObjectWithLogger::log;
     using ObjectWithLogger::refreshLogLevel;
 };
+
+TEST(TraceScope, LeavesOutAnExitThatCannotBeLogged) {
+    log4cplus::Logger target = log4cplus::Logger::getInstance(c_szCategory);
+    const log4cplus::LogLevel level = target.getLogLevel();
+    target.setLogLevel(log4cplus::TRACE_LOG_LEVEL);
+    log4cplus::SharedAppenderPtr pAppender(new AppenderThatThrowsAtExits);
+    target.addAppender(pAppender);
+    { const TraceScope scope(logger(), "scope", "Source", 1); }
+    EXPECT_THROW(logger().log(LogLevel::Warn, "Source", 1, "EXIT"), std::runtime_error);
+    target.removeAppender(pAppender);
+    target.setLogLevel(level);
+}
 
 TEST(ObjectWithLogger, SeesANewLevelAfterItsNextRefresh) {
     const LogRecorder quiet(log4cplus::WARN_LOG_LEVEL);

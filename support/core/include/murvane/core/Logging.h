@@ -92,7 +92,8 @@ private:
     mutable int m_iLogLevel;
 };
 
-/// Logs "ENTER: <scope>" when made and "EXIT:  <scope>" when left, both at TRACE.
+/// Logs "ENTER: <scope>" when made and "EXIT:  <scope>" when left, both at TRACE. The latter is left out where there is
+/// no memory for it, or an appender throws.
 class MURVANE_API TraceScope {
 public:
     /// @param scope,sourceName  literals (kept by pointer)
@@ -105,7 +106,7 @@ public:
 
     ~TraceScope() {
         if (m_pLogger != nullptr) {
-            report("EXIT:  ");
+            reportExit();
         }
     }
 
@@ -120,9 +121,8 @@ private:
         }
     }
 
-    void report(const char* what) const {
-        m_pLogger->forcedLog(LogLevel::Trace, concatenate(what, m_szScope), m_szSourceName, m_iLine);
-    }
+    void report(const char* what) const;
+    void reportExit() const noexcept;
 
     const Logger* m_pLogger;
     const char* m_szScope;
