@@ -3,6 +3,7 @@
 #include <murvane/core/FileReplacement.h>
 #include <murvane/core/FileReplacementBuffer.h>
 #include <murvane/core/OS.h>
+#include <murvane/core/Text.h>
 
 #include <algorithm>
 #include <cmath>
@@ -20,6 +21,8 @@ namespace Zantrix::Audio {
 
 namespace {
 
+// The wording of records and assertions stays as it is, "Failed to used" and names of variables long gone included:
+// filters match it.
 constexpr const char* c_szSource = "AudioFileEvaluator";
 constexpr std::size_t c_uiSampleSize = 2;  // bytes of a sample, and of a value
 
@@ -92,7 +95,7 @@ bool AudioFileEvaluator::processFile(const char* in_szFileName) {
     refreshLogLevel();
     const TraceScope scope(*this, "processFile", c_szSource, __LINE__);
 
-    const std::string name = in_szFileName == nullptr ? "" : in_szFileName;
+    const std::string name = Text::orEmpty(in_szFileName);
     const std::string rule(50, '*');
     log(LogLevel::Info, c_szSource, __LINE__, rule, "\nProcessing file: ", name, "\n", rule);
     if (!m_reader.setSourceAudioFile(name.c_str())) {
@@ -115,11 +118,9 @@ bool AudioFileEvaluator::processFile(const char* in_szFileName) {
 bool AudioFileEvaluator::evaluateBlocks(const std::string& fileName) {
     m_strFrames.clear();
     bool isFirst = true;
-    bool isInError = false;
     std::uint64_t position = 0;
     std::vector<Math::DoubleVector> channels;
-    for (bool hasBlock = m_reader.getNextLinearFrames(m_vAudio); hasBlock && !isInError;
-         hasBlock = m_reader.getNextLinearFrames(m_vAudio)) {
+    while (m_reader.getNextLinearFrames(m_vAudio)) {
         channels.clear();
         m_pStrategy->evaluateWindow(m_vAudio, channels);
         if (isFirst) {
@@ -128,8 +129,9 @@ bool AudioFileEvaluator::evaluateBlocks(const std::string& fileName) {
         } else if (channels.size() != m_uiNbChannels) {
             log(LogLevel::Error, c_szSource, __LINE__,
                 "evaluateWindow() returned a different number of channels. Can't continue with file: ", fileName);
-            isInError = true;
-            continue;
+            // The next block is still read, and reported by the reader.
+            m_reader.getNextLinearFrames(m_vAudio);
+            break;
         }
         for (const Math::DoubleVector& channel : channels) {
             if (!Assertion(channel.size() == m_vAudio.size(), "itChannel->size() == m_vAudio.size()", c_szSource,
