@@ -46,7 +46,7 @@ void flushToDisk(const std::string& path) {
     }
 }
 
-/// The hour with so many annotations of the same length, one after the other; on disk.
+// The hour with so many annotations of the same length, one after the other; on disk.
 const std::string& annotatedFile(std::size_t count) {
     static std::map<std::size_t, std::string> files;
     std::string& path = files[count];
@@ -74,7 +74,7 @@ std::size_t countListed(const std::string& path) {
     return file.loadFile(path) ? file.m_vAnnotations.size() : 0;
 }
 
-/// What is measured: `prepare` is not timed, `check` tells after each run whether it did its work.
+// What is measured: `prepare` is not timed, `check` tells after each run whether it did its work.
 struct Task {
     std::string target = temporaryFile("edited.wav");
     double commandSeconds = 0.0;  ///< processor time of other processes

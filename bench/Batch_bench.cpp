@@ -64,7 +64,7 @@ double elapsed(const CommandUsage& usage) {
     return usage.elapsedSeconds;
 }
 
-double processorTime(const CommandUsage& usage) {
+double processorSeconds(const CommandUsage& usage) {
     return usage.cpuSeconds;
 }
 
@@ -85,13 +85,13 @@ const bool registered = [] {
     addJobs("4 values", c_vThreeNarrow);
     add(
         "file/many", "processor_seconds_per_file",
-        [](const CommandUsage& usage) { return processorTime(usage) / c_uiShortFiles; },
+        [](const CommandUsage& usage) { return processorSeconds(usage) / c_uiShortFiles; },
         [] {
             return runOver({"--audioset", listOf(c_uiShortFiles, 1)}, c_vThreeNarrow, "1");
         });
     add(
         "file/one", "processor_seconds_per_file",
-        [](const CommandUsage& usage) { return processorTime(usage) / c_uiShortFiles; },
+        [](const CommandUsage& usage) { return processorSeconds(usage) / c_uiShortFiles; },
         [] { return runOver({audioFile(c_uiShortFiles)}, c_vThreeNarrow, "1"); });
     for (const std::size_t count : {10, 10000}) {
         add("memory/csv, " + std::to_string(count) + " files of a second, 2 jobs", "peak_rss_bytes", peak, [=] {

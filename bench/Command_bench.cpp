@@ -29,7 +29,7 @@ std::vector<std::string> commandLine(const std::string& audio, const Names& feat
     return arguments;
 }
 
-/// A file written in large blocks, without the courtesy of the command's, which appear complete or not at all.
+// A file written in large blocks, without the courtesy of the command's, which appear complete or not at all.
 class BareFile {
 public:
     explicit BareFile(const std::string& path) : m_pFile(std::fopen(path.c_str(), "wb")), m_vBuffer(1 << 20) {
@@ -42,7 +42,7 @@ public:
         std::fclose(m_pFile);
     }
 
-    /// Room for so many bytes; `advance` tells how many of them were used.
+    // Room for so many bytes; `advance` tells how many of them were used.
     char* room(std::size_t size) {
         if (m_vBuffer.size() - m_uiFilled < size) {
             flush();

@@ -4,6 +4,7 @@
 #include "BenchAudio.h"
 #include "FeatureLists.h"
 #include "Pair.h"
+#include "WindowGroups.h"
 
 #include <murvane/audio.h>
 
@@ -33,30 +34,9 @@ std::shared_ptr<Computer> makeComputer(const Names& names) {
     return pComputer;
 }
 
-void recordRows(Record* pRecord, std::span<const Math::DoubleVector> rows) {
-    for (const Math::DoubleVector& row : rows) {
-        record(pRecord, row.data(), row.size());
-    }
-}
-
-/// All windows, `group` at a time, through what takes that many windows and has as many vectors to fill.
-template <typename Compute>
-Loop groupsWithLibrary(std::size_t group, Compute compute) {
-    return [=, rows = std::vector<Math::DoubleVector>(group)](Record* pRecord) mutable {
-        const std::span<const Math::DoubleVector> all = windows();
-        for (std::size_t first = 0; first < all.size(); first += group) {
-            if (!compute(all.subspan(first, group), std::span(rows))) {
-                return;
-            }
-            benchmark::DoNotOptimize(rows.data());
-            recordRows(pRecord, rows);
-        }
-    };
-}
-
 Loop spectraWithLibrary(std::size_t group) {
     const auto pFeature = std::make_shared<Audio::SpectrumFeature>();
-    return groupsWithLibrary(group, [=](std::span<const Math::DoubleVector> in, std::span<Math::DoubleVector> rows) {
+    return inGroups(group, [=](Windows in, Rows rows) {
         for (Math::DoubleVector& row : rows) {
             row.clear();
         }
@@ -66,7 +46,7 @@ Loop spectraWithLibrary(std::size_t group) {
 
 Loop computeWithLibrary(const Names& names, std::size_t group) {
     const auto pComputer = makeComputer(names);
-    return groupsWithLibrary(group, [=](std::span<const Math::DoubleVector> in, std::span<Math::DoubleVector> rows) {
+    return inGroups(group, [=](Windows in, Rows rows) {
         if (group == 1) {
             pComputer->setInput("Amplitude", in[0]);
             return pComputer->computeFeatures(rows[0]);
@@ -127,7 +107,7 @@ Loop oneAfterTheOther(const std::vector<Loop>& loops) {
     };
 }
 
-/// What three features of the spectrum would cost if each had a spectrum of its own.
+// What three features of the spectrum would cost if each had a spectrum of its own.
 void addComputersApart(const std::string& name) {
     for (const std::size_t group : {1, 8}) {
         const auto makeLibrary = [=] {
@@ -147,7 +127,7 @@ void addComputersApart(const std::string& name) {
     }
 }
 
-/// As the command reads and computes.
+// As the command reads and computes.
 Loop analyseWithLibrary(const Names& names) {
     return [=](Record* pRecord) {
         Audio::WindowedAudioFileReader reader;

@@ -34,7 +34,7 @@ double meanMagnitude(const double* samples, std::size_t count) {
     return count == 0 ? 0.0 : sum / static_cast<double>(count);
 }
 
-/// The mean magnitude of a block, held; and the magnitudes of its samples, beyond full scale.
+// The mean magnitude of a block, held; and the magnitudes of its samples, beyond full scale.
 class Magnitudes final : public Audio::AudioFileEvaluator::Strategy {
 public:
     bool evaluateWindow(const Math::DoubleVector& in_window, std::vector<Math::DoubleVector>& out_channels) override {
@@ -52,7 +52,7 @@ public:
     }
 };
 
-/// Records the bytes of a file, eight to a number.
+// Records the bytes of a file, eight to a number.
 void recordFile(Record* pRecord, const std::string& path) {
     if (pRecord == nullptr) {
         return;
@@ -80,7 +80,7 @@ std::int16_t scaled(double value) {
     return static_cast<std::int16_t>(std::clamp(value, -1.0, 1.0) * 32767.0);
 }
 
-/// One pass, without a tree of chunks: the header is the input's with other numbers in it.
+// One pass, without a tree of chunks: the header is the input's with other numbers in it.
 Loop evaluateWithBareLoop() {
     return [](Record* pRecord) {
         const std::string& input = audioFile(c_uiSeconds);

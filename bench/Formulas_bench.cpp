@@ -2,40 +2,17 @@
 
 #include "BenchAudio.h"
 #include "Pair.h"
+#include "WindowGroups.h"
 
 #include <murvane/audio.h>
 
-#include <benchmark/benchmark.h>
-
 #include <memory>
-#include <span>
 #include <string>
-#include <vector>
 
 namespace {
 
 using namespace Zantrix;
 using namespace Zantrix::Bench;
-
-using Windows = std::span<const Math::DoubleVector>;
-using Rows = std::span<Math::DoubleVector>;
-
-/// All windows, `group` at a time.
-template <typename Compute>
-Loop inGroups(std::size_t group, Compute compute) {
-    return [=, rows = std::vector<Math::DoubleVector>(group)](Record* pRecord) mutable {
-        const Windows all = windows();
-        for (std::size_t first = 0; first < all.size(); first += group) {
-            if (!compute(all.subspan(first, group), Rows(rows))) {
-                return;
-            }
-            benchmark::DoNotOptimize(rows.data());
-            for (const Math::DoubleVector& row : rows) {
-                record(pRecord, row.data(), row.size());
-            }
-        }
-    };
-}
 
 Loop byFormula(const std::string& formula, std::size_t group) {
     const auto pList = std::make_shared<Math::Xpr::ExpressionList>();

@@ -32,7 +32,7 @@ void reportPerWindow(benchmark::State& state, std::size_t windowsPerIteration) {
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-/// A transform of a transform grows; each starts from the same samples instead, at the price of a copy.
+// A transform of a transform grows; each starts from the same samples instead, at the price of a copy.
 void scalarTransform(benchmark::State& state) {
     const std::vector<double> samples = noise(static_cast<std::size_t>(state.range(0)));
     std::vector<double> values(samples.size());
@@ -46,7 +46,7 @@ void scalarTransform(benchmark::State& state) {
 }
 BENCHMARK(scalarTransform)->Name("transform/one by one")->RangeMultiplier(2)->Range(128, 1024);
 
-/// The copy brings the samples into bit-reversed order, as a caller's transposition would.
+// The copy brings the samples into bit-reversed order, as a caller's transposition would.
 template <typename V>
 [[gnu::always_inline]] inline void transformLanes(const double* samples, double* values,
                                                   const TransformTables& tables) {
@@ -101,7 +101,7 @@ void laneTransform(benchmark::State& state, LaneTransform transform, std::size_t
     reportPerWindow(state, lanes);
 }
 
-/// Rows of half-overlapping windows to rows of spectra.
+// Rows of half-overlapping windows to rows of spectra.
 void spectra(benchmark::State& state, std::span<const SpectrumKernel> kernels) {
     constexpr std::size_t count = 32;
     const auto n = static_cast<std::size_t>(state.range(0));

@@ -55,7 +55,7 @@ Loop cutWithLibrary(std::size_t windowsPerRead) {
     };
 }
 
-/// Copies each window, since whoever takes one from the library may keep and change it.
+// Copies each window, since whoever takes one from the library may keep and change it.
 Loop cutWithBareLoop(std::size_t windowsPerRead) {
     return [=](Record* pRecord) {
         std::array<double, c_uiWindowSize> window;

@@ -1,11 +1,9 @@
 // Any bytes, read as an annotated file; what can be read is written and read again.
+#include "QuietLog.h"
 #include "Require.h"
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
 #include <murvane/iff/WavChunks.h>
-
-#include <log4cplus/logger.h>
-#include <log4cplus/nullappender.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -18,12 +16,6 @@ namespace {
 
 using namespace Zantrix;
 using Audio::AnnotatedFile;
-
-// The library's records go nowhere, but they are made.
-[[maybe_unused]] const bool g_isQuiet = [] {
-    log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(new log4cplus::NullAppender));
-    return true;
-}();
 
 bool read(AnnotatedFile& file, const std::string& bytes) {
     std::istringstream is(bytes);
@@ -42,7 +34,7 @@ bool isTooLong(const std::string& bytes) {
     for (bool isFound = parser.find("cuep", position); isFound; isFound = parser.findNext(position)) {
         IFF::WavCuePointChunk cue;
         cue.decode(position.getChunk()->getData(), position.getChunk()->getSize());
-        if (cue.m_uiIdentifier > 2000 && cue.m_uiIdentifier < 1U << 20) {
+        if (cue.m_uiIdentifier > 2000 && cue.m_uiIdentifier < AnnotatedFile::c_uiEndOfCueNumbers) {
             return true;
         }
     }

@@ -1,12 +1,10 @@
 // A list of annotations made of any bytes, written into a file and read back.
+#include "QuietLog.h"
 #include "Require.h"
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
 #include <murvane/iff/ByteCursor.h>
 #include <testkit/WavBytes.h>
-
-#include <log4cplus/logger.h>
-#include <log4cplus/nullappender.h>
 
 #include <algorithm>
 #include <bit>
@@ -21,13 +19,7 @@ namespace {
 using namespace Zantrix;
 using Audio::AnnotatedFile;
 
-// The library's records go nowhere, but they are made.
-[[maybe_unused]] const bool g_isQuiet = [] {
-    log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(new log4cplus::NullAppender));
-    return true;
-}();
-
-/// Values out of the input; 0 when it is used up.
+// Values out of the input; 0 when it is used up.
 template <typename T>
 T take(IFF::ByteCursor& input) {
     T value = 0;
@@ -35,7 +27,7 @@ T take(IFF::ByteCursor& input) {
     return value;
 }
 
-/// A mono file of 8-bit samples, which may be odd in number.
+// A mono file of 8-bit samples, which may be odd in number.
 std::string recording(std::uint32_t rate, std::uint16_t samples) {
     using wav::u16;
     using wav::u32;
@@ -43,7 +35,7 @@ std::string recording(std::uint32_t rate, std::uint16_t samples) {
     return wav::file(wav::chunk("fmt ", fmt) + wav::chunk("data", std::string(samples, 'a')));
 }
 
-/// A time: half of them near the samples of the recording, half any double at all.
+// A time: half of them near the samples of the recording, half any double at all.
 double takeTime(IFF::ByteCursor& input, double rate) {
     const auto kind = take<std::uint8_t>(input);
     return kind % 2 == 0 ? take<std::uint16_t>(input) / rate : std::bit_cast<double>(take<std::uint64_t>(input));

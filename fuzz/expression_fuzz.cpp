@@ -1,5 +1,7 @@
 // Any bytes as a formula: it is refused or taken, printing and parsing it again gives the same formula, and evaluating
 // it over small windows, empty ones among them, succeeds or fails cleanly.
+#include "Require.h"
+
 #include <murvane/math/BasicFeatures.h>
 #include <murvane/math/RangeFeature.h>
 #include <murvane/mathxpr/ExpressionList.h>
@@ -10,7 +12,6 @@
 #include <murvane/mathxpr/UserFunctionImpl.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 #include <vector>
 
@@ -44,30 +45,26 @@ bool add(const char* name) {
 
 const bool g_bRegistered = add<FuzzMean>("mean") && add<FuzzTemporalMean>("temporalMean") && add<FuzzRange>("range");
 
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    require(g_bRegistered);
+    require(g_bRegistered, "the functions are registered");
     const std::string_view formula(reinterpret_cast<const char*>(data), size);
     SyntaxTree tree;
     FormulaError error;
     if (!parseFormula(formula, tree, error)) {
-        require(error.line > 0 && error.column > 0 && error.column <= size + 1 && !error.rendered.empty());
+        require(error.line > 0 && error.column > 0 && error.column <= size + 1, "an error has its place");
+        require(!error.rendered.empty(), "an error is told");
     } else {
         const std::string printed = printFormula(tree);
         SyntaxTree again;
-        require(printed.size() > c_uiMaxFormulaSize || (parseFormula(printed, again, error) && again == tree));
+        require(printed.size() > c_uiMaxFormulaSize || (parseFormula(printed, again, error) && again == tree),
+                "what is printed is the formula");
     }
 
     ExpressionList list;
     const bool isAdded = list.add("formula", formula, error);
-    require(isAdded || !error.message.empty());
+    require(isAdded || !error.message.empty(), "a refusal has a reason");
     static const std::vector<DoubleVector> windows = {{0.5, -0.25, 1e308}, {}, {1.0}};
     std::vector<DoubleVector> out(windows.size());
     list.evaluate(windows, out);

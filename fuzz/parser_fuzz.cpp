@@ -15,7 +15,26 @@ namespace {
 
 using namespace Zantrix::IFF;
 
-/// Reads every byte of the tree, and its contents as each kind of chunk; describes it without padding.
+// The content of a chunk as it is encoded again; false if it is none of this kind.
+template <typename Content>
+bool encodedAs(const Chunk& chunk, std::string& bytes) {
+    Content content;
+    if (!content.decode(chunk.getData(), chunk.getSize())) {
+        return false;
+    }
+    std::vector<char> encoded;
+    content.encode(encoded);
+    bytes.assign(encoded.begin(), encoded.end());
+    return true;
+}
+
+template <typename Content>
+void requireSameEncoded(const Chunk& chunk, const char* what) {
+    std::string bytes;
+    require(!encodedAs<Content>(chunk, bytes) || bytes == std::string_view(chunk.getData(), chunk.getSize()), what);
+}
+
+// Reads every byte of the tree, and its contents as each kind of chunk; describes it without padding.
 std::string describe(const ChunkList& list) {
     std::string text = "(" + list.getType().toString();
     for (const Chunk& chunk : list) {
@@ -25,25 +44,12 @@ std::string describe(const ChunkList& list) {
             continue;
         }
         text.append(chunk.getData() == nullptr ? "" : chunk.getData(), chunk.getSize());
-        std::vector<char> encoded;
-        if (WavFmtChunk fmt; fmt.decode(chunk.getData(), chunk.getSize())) {
-            fmt.encode(encoded);
-            require(
-                std::string_view(encoded.data(), encoded.size()) == std::string_view(chunk.getData(), chunk.getSize()),
-                "a format is encoded as it was decoded");
-        }
-        if (WavLabeledTextChunk labeledText; labeledText.decode(chunk.getData(), chunk.getSize())) {
-            labeledText.encode(encoded);
-            require(
-                std::string_view(encoded.data(), encoded.size()) == std::string_view(chunk.getData(), chunk.getSize()),
-                "a labelled text is encoded as it was decoded");
-        }
-        if (WavCuePointChunk cue; cue.decode(chunk.getData(), chunk.getSize())) {
-            cue.encode(encoded);
-        }
-        if (WavLabelChunk label; label.decode(chunk.getData(), chunk.getSize())) {
-            label.encode(encoded);
-        }
+        requireSameEncoded<WavFmtChunk>(chunk, "a format is encoded as it was decoded");
+        requireSameEncoded<WavLabeledTextChunk>(chunk, "a labelled text is encoded as it was decoded");
+        // Records and labels may carry bytes beyond what they mean.
+        std::string ignored;
+        encodedAs<WavCuePointChunk>(chunk, ignored);
+        encodedAs<WavLabelChunk>(chunk, ignored);
     }
     text.append(list.getTail().view());
     return text + ")";
@@ -64,7 +70,7 @@ bool read(IFFParser& parser, const std::string& bytes) {
     return parser.isValid();
 }
 
-/// Where padding is missing or rubbish, what follows decides how it is read; a change to what follows may change that.
+// Where padding is missing or rubbish, what follows decides how it is read; a change to what follows may change that.
 bool isDoubtful(const IFFParser& parser) {
     for (const Finding& finding : parser.getFindings()) {
         if (finding.strText.find("padding") != std::string::npos) {

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
+#include <new>
 #include <vector>
 
 using namespace Zantrix::Audio;
@@ -19,6 +21,24 @@ std::unique_ptr<SignalFeature> make(Arguments... arguments) {
 }
 
 }  // namespace
+
+// A kernel's vectors are aligned wider than any plain object.
+TEST(AllocationCounter, CountsEveryFormOfNew) {
+    struct alignas(64) Aligned {
+        char bytes[100];
+    };
+    const testkit::AllocationCounter allocations;
+    const auto pPlain = std::make_unique<int>();
+    const auto pArray = std::make_unique<int[]>(3);
+    const std::unique_ptr<int> pNothrow(new (std::nothrow) int);
+    const auto pAligned = std::make_unique<Aligned>();
+    const auto pAlignedArray = std::make_unique<Aligned[]>(3);
+    const std::unique_ptr<Aligned> pAlignedNothrow(new (std::nothrow) Aligned);
+    EXPECT_EQ(allocations.count(), 6U);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pAligned.get()) % 64, 0U);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pAlignedArray.get()) % 64, 0U);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pAlignedNothrow.get()) % 64, 0U);
+}
 
 // Windows come by the thousand: only the first one, which sizes the working storage, may allocate.
 TEST(FeatureAllocations, NoFeatureAllocatesAfterItsFirstWindows) {

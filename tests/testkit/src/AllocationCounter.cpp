@@ -8,21 +8,35 @@ namespace {
 
 std::atomic<std::size_t> g_allocations{0};
 
-}  // namespace
-
-// The other forms of new and delete all come down to these: but for the one below, whose version in the address
-// sanitizer's runtime does not.
-void* operator new(std::size_t size) {
-    g_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* memory = std::malloc(size > 0 ? size : 1)) {
-        return memory;
+void* nonNull(void* memory) {
+    if (memory == nullptr) {
+        throw std::bad_alloc();
     }
-    throw std::bad_alloc();
+    return memory;
 }
 
+}  // namespace
+
+// The forms for arrays come down to these. So do those without exceptions in the standard library; not so in the
+// address sanitizer's runtime, so they stand here, too.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     g_allocations.fetch_add(1, std::memory_order_relaxed);
     return std::malloc(size > 0 ? size : 1);
+}
+
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    g_allocations.fetch_add(1, std::memory_order_relaxed);
+    const auto unit = static_cast<std::size_t>(alignment);
+    const std::size_t units = size > 0 ? (size - 1) / unit + 1 : 1;
+    return std::aligned_alloc(unit, units * unit);
+}
+
+void* operator new(std::size_t size) {
+    return nonNull(::operator new(size, std::nothrow));
+}
+
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return nonNull(::operator new(size, alignment, std::nothrow));
 }
 
 void operator delete(void* memory) noexcept {
@@ -30,6 +44,14 @@ void operator delete(void* memory) noexcept {
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
 

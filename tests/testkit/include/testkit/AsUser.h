@@ -4,10 +4,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+/// The user, and the group, without privileges.
+inline constexpr uid_t c_uiNobody = 65534;
+
 /// Makes a process that runs as root, if it does, one without privileges.
 inline bool dropPrivileges() {
-    constexpr uid_t nobody = 65534;
-    return ::geteuid() != 0 || (::setresgid(nobody, nobody, nobody) == 0 && ::setresuid(nobody, nobody, nobody) == 0);
+    return ::geteuid() != 0 || (::setresgid(c_uiNobody, c_uiNobody, c_uiNobody) == 0 &&
+                                ::setresuid(c_uiNobody, c_uiNobody, c_uiNobody) == 0);
 }
 
 /// Runs some work in a process without privileges, for which permissions mean something even when the tests run as
@@ -42,6 +45,6 @@ std::string asUser(const Work& work) {
 /// Makes a file or a folder the property of the user of `asUser`.
 inline void giveToUser(const std::string& path) {
     if (::geteuid() == 0) {
-        static_cast<void>(::chown(path.c_str(), 65534, 65534) == 0);
+        static_cast<void>(::chown(path.c_str(), c_uiNobody, c_uiNobody) == 0);
     }
 }
