@@ -2,6 +2,8 @@
 
 #include <murvane/audio/features/LowFreqEnergyRatioFeatures.h>
 
+#include <iterator>
+
 namespace Zantrix::Audio {
 
 const char* LowFreqEnergyRatioFeature::getName() {

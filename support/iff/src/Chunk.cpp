@@ -58,7 +58,7 @@ void Chunk::setData(SharedBytes bytes) {
     repairPadding();
 }
 
-/// Takes another identity and no content, as a new chunk.
+// Takes another identity and no content, as a new chunk.
 void Chunk::become(ChunkId id) {
     m_bytes = SharedBytes();
     m_id = id;
@@ -93,7 +93,7 @@ ChunkList& ChunkList::operator=(const ChunkList& other) {
     return *this;
 }
 
-/// A new chunk at the end, next to whatever is there.
+// A new chunk at the end, next to whatever is there.
 Chunk& ChunkList::add(ChunkId id) {
     if (m_removed.empty()) {
         return m_chunks.emplace_back(id);

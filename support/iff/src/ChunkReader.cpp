@@ -25,7 +25,7 @@ void ChunkReader::note(std::uint64_t offset, const Parts&... parts) {
     }
 }
 
-/// Notes a defect that writing removes.
+// Notes a defect that writing removes.
 template <typename... Parts>
 void ChunkReader::noteInexact(std::uint64_t offset, const Parts&... parts) {
     m_bExact = false;
@@ -90,10 +90,10 @@ bool ChunkReader::readTopLevel(ByteCursor& bytes, std::uint64_t& end, ChunkList&
     return true;
 }
 
-/// The next chunk of the file itself. RIFF sizes lie more often than those of chunks: recorders that stop before they
-/// have patched them, tools that append without doing so. So what the chunks say goes, as long as it fits the file.
-///
-/// @param end  where the RIFF chunk ends; corrected when the chunks show that it ends elsewhere
+// The next chunk of the file itself. RIFF sizes lie more often than those of chunks: recorders that stop before they
+// have patched them, tools that append without doing so. So what the chunks say goes, as long as it fits the file.
+//
+// @param end  where the RIFF chunk ends; corrected when the chunks show that it ends elsewhere
 bool ChunkReader::takeTopLevelChunk(ByteCursor& bytes, std::uint64_t& end, RawChunk& chunk) {
     const std::uint64_t fileEnd = m_pFile->size();
     const auto moveEnd = [&](std::uint64_t to) {
@@ -128,9 +128,9 @@ bool ChunkReader::takeTopLevelChunk(ByteCursor& bytes, std::uint64_t& end, RawCh
     return true;
 }
 
-/// Cuts off a chunk at the end of the RIFF chunk. A zero byte there is its padding.
-///
-/// @return the place behind it
+// Cuts off a chunk at the end of the RIFF chunk. A zero byte there is its padding.
+//
+// @return the place behind it
 ByteCursor ChunkReader::endWithin(const ByteCursor& bytes, std::uint64_t end, RawChunk& chunk) {
     ByteCursor next = bytes;
     ByteCursor inside = bytes;
@@ -143,8 +143,8 @@ ByteCursor ChunkReader::endWithin(const ByteCursor& bytes, std::uint64_t end, Ra
     return next;
 }
 
-/// Whether whole chunks, and nothing else, fill the file from here on. Another file that was appended does not count.
-/// Neither do 64-bit sizes, which stand at the start of a file: here they are a rest of bytes that looks like them.
+// Whether whole chunks, and nothing else, fill the file from here on. Another file that was appended does not count.
+// Neither do 64-bit sizes, which stand at the start of a file: here they are a rest of bytes that looks like them.
 bool ChunkReader::goesOnAfterEnd(const ByteCursor& bytes) const {
     ByteCursor cursor = bytes;
     ChunkId id;
@@ -180,7 +180,7 @@ bool ChunkReader::add(const RawChunk& raw, ChunkList& list, unsigned depth) {
     return addBelow(raw, chunk, depth);
 }
 
-/// Gives a chunk its content: a list where it is one, plain bytes otherwise.
+// Gives a chunk its content: a list where it is one, plain bytes otherwise.
 bool ChunkReader::addBelow(const RawChunk& raw, Chunk& chunk, unsigned depth) {
     ByteCursor content = raw.content;
     if (raw.id == c_cueId) {

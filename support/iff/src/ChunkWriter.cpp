@@ -24,7 +24,7 @@ bool ChunkWriter::measure(const Chunk& riff) {
     return measureContent(riff, size);
 }
 
-/// Whether anything below differs from what was read. The chunk itself is that of the file.
+// Whether anything below differs from what was read. The chunk itself is that of the file.
 bool ChunkWriter::hasChanged(const Chunk& chunk) {
     const ChunkList* pList = chunk.getList();
     return pList != nullptr && (pList->m_bChanged || std::any_of(pList->begin(), pList->end(), [](const Chunk& child) {
@@ -32,8 +32,8 @@ bool ChunkWriter::hasChanged(const Chunk& chunk) {
                                 }));
 }
 
-/// Padding that is missing throughout can be recognised; where some is there and some is missing, it is a matter of
-/// luck what a reader makes of it. So an old chunk may lack it only in a file without any new one.
+// Padding that is missing throughout can be recognised; where some is there and some is missing, it is a matter of
+// luck what a reader makes of it. So an old chunk may lack it only in a file without any new one.
 bool ChunkWriter::isPadded(const Chunk& chunk, std::uint64_t size) const {
     return size % 2 != 0 && (m_bPadsAll || chunk.m_ePadding == Chunk::Padding::Present);
 }
@@ -87,8 +87,8 @@ void ChunkWriter::write(const Chunk& riff, const SharedBytes& trailing, std::ost
     flush();
 }
 
-/// The padding byte behind a chunk: the one that was read. If that is not zero, what follows tells readers that it is
-/// padding; where a change has made that doubtful, it becomes zero.
+// The padding byte behind a chunk: the one that was read. If that is not zero, what follows tells readers that it is
+// padding; where a change has made that doubtful, it becomes zero.
 char ChunkWriter::paddingOf(const ChunkList& list, ChunkList::const_iterator itChunk) const {
     const char padding = itChunk->m_cPadding;
     if (padding == 0 || !m_bPadsAll) {

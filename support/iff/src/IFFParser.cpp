@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <istream>
+#include <iterator>
 #include <new>
 #include <ostream>
 #include <utility>
@@ -16,7 +17,7 @@ namespace Zantrix::IFF {
 
 namespace {
 
-/// Other kinds of file that begin alike, and what to say of them.
+// Other kinds of file that begin alike, and what to say of them.
 struct OtherKind {
     ChunkId id;
     const char* szText;

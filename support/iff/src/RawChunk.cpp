@@ -4,8 +4,8 @@ namespace Zantrix::IFF {
 
 namespace {
 
-/// How many chunks seem to follow one another from here on, at most c_uiLookAhead; an exact end counts as that many.
-/// Constant time, so that asking at every chunk of a file stays linear.
+// How many chunks seem to follow one another from here on, at most c_uiLookAhead; an exact end counts as that many.
+// Constant time, so that asking at every chunk of a file stays linear.
 unsigned countPlausibleChunks(ByteCursor bytes, bool padded) {
     for (unsigned count = 0; count < c_uiLookAhead; ++count) {
         if (bytes.isAtEnd()) {
@@ -23,9 +23,9 @@ unsigned countPlausibleChunks(ByteCursor bytes, bool padded) {
     return c_uiLookAhead;
 }
 
-/// Takes the padding byte after content of an odd size. Some writers forget it, others leave rubbish in it. No
-/// identifier begins with a zero byte, so a zero is padding; for anything else what follows decides, and padding is
-/// preferred.
+// Takes the padding byte after content of an odd size. Some writers forget it, others leave rubbish in it. No
+// identifier begins with a zero byte, so a zero is padding; for anything else what follows decides, and padding is
+// preferred.
 void takePadding(ByteCursor& bytes, RawChunk& chunk) {
     ByteCursor afterPadding = bytes;
     std::string_view byte;

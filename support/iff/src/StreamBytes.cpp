@@ -2,7 +2,6 @@
 
 #include "ErrorText.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <istream>
 #include <sys/mman.h>
@@ -13,7 +12,7 @@ namespace {
 
 constexpr std::size_t c_uiStep = std::size_t{64} * 1024;
 
-/// How many bytes the stream says are left; 0 if it cannot tell, like a pipe.
+// How many bytes the stream says are left; 0 if it cannot tell, like a pipe.
 std::uint64_t countRest(std::istream& source) {
     const std::streamoff here = source.tellg();
     if (here < 0) {
@@ -27,8 +26,8 @@ std::uint64_t countRest(std::istream& source) {
     return end > here ? static_cast<std::uint64_t>(end - here) : 0;
 }
 
-/// Asks for huge pages for what the string has reserved: a recording of an hour takes longer to have 14,000 small ones
-/// handed out than to be read. Systems that have none go on without.
+// Asks for huge pages for what the string has reserved: a recording of an hour takes longer to have 14,000 small ones
+// handed out than to be read. Systems that have none go on without.
 void preferHugePages(std::string& bytes) {
 #ifdef MADV_HUGEPAGE
     constexpr std::uintptr_t hugePage = std::uintptr_t{2} << 20;

@@ -1,8 +1,8 @@
 #include <murvane/iff/ByteCursor.h>
 #include <murvane/iff/WavChunks.h>
 
-#include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace Zantrix::IFF {
 
@@ -12,7 +12,7 @@ ByteCursor cursorOver(const char* data, std::size_t size) {
     return ByteCursor(data == nullptr ? std::string_view() : std::string_view(data, size));
 }
 
-/// Reads fields one after the other; false as soon as one is missing.
+// Reads fields one after the other; false as soon as one is missing.
 template <typename... Fields>
 bool readAll(ByteCursor& bytes, Fields&... fields) {
     return (bytes.read(fields) && ...);

@@ -4,7 +4,6 @@
 #include <murvane/math/MathFourierTransform.h>
 #include <murvane/math/PowerOfTwoTransform.h>
 
-#include <algorithm>
 #include <bit>
 #include <vector>
 
@@ -12,7 +11,7 @@ namespace Zantrix::Math {
 
 namespace {
 
-/// The transform of any number of values, by its definition; n^2 steps.
+// The transform of any number of values, by its definition; n^2 steps.
 void transformByDefinition(std::span<double> values) {
     const std::size_t n = values.size();
     std::vector<Rotation> rotations(n);

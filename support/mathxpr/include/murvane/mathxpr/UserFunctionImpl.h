@@ -14,8 +14,8 @@ class MURVANE_API UserFunctionImpl : public FunctionBaseImpl {
 public:
     MURVANE_MEM_ACCOUNT("UserFunctionImpl")
 
-    /// A fresh function, described by its fresh adaptor. The name given first only lasts until the adaptor has been
-    /// asked for its own.
+    /// A fresh function, described by its fresh adaptor. The name given first, "unamed" as it has always been spelled,
+    /// only lasts until the adaptor has been asked for its own.
     UserFunctionImpl() : FunctionBaseImpl("unamed") {
         setName(m_adaptor.getFunctionName());
         for (const std::string& name : m_adaptor.getArgumentNames()) {
