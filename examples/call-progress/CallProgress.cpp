@@ -10,8 +10,11 @@ namespace CallProgress {
 
 namespace {
 
-// Voices and tones are far from flat, noise is near 0.56.
-constexpr double c_dFlatSpeech = 0.3;
+// A voice has harmonics in many windows, where noise of any colour has none, and its level changes with its syllables,
+// where hum and other steady sounds go on: by 6 dB, without the loudest and the softest tenth of the windows.
+constexpr double c_dFlatVoice = 0.35;
+constexpr double c_dVoicedShare = 0.15;
+constexpr double c_dVoiceChange = 4.0;
 
 constexpr int c_iLeastToneMs = 32;       // what is shorter is chance
 constexpr int c_iEdgeMs = 48;            // where a tone begins or ends, windows are filled by halves
@@ -149,6 +152,23 @@ std::vector<Run> withSequence(std::vector<Run> runs, const Sequence& sequence, c
     return joined(runs);
 }
 
+// The pauses inside a run do not count.
+bool isVoice(const Run& run, const std::vector<Window>& windows) {
+    std::vector<double> levels;
+    std::size_t voiced = 0;
+    for (std::size_t i = run.first; i < run.last; ++i) {
+        if (windows[i].kind != c_iSilence) {
+            levels.push_back(windows[i].level);
+            voiced += windows[i].flatness < c_dFlatVoice ? 1 : 0;
+        }
+    }
+    const std::size_t tenth = levels.size() / 10;
+    std::sort(levels.begin(), levels.end());
+    return run.milliseconds() >= c_iLeastSpeechMs &&
+           static_cast<double>(voiced) >= c_dVoicedShare * static_cast<double>(levels.size()) &&
+           levels[levels.size() - 1 - tenth] >= c_dVoiceChange * levels[tenth];
+}
+
 // Gives names to what is no signal: pauses inside a voice belong to it.
 std::vector<Run> withOtherSounds(std::vector<Run> runs, const std::vector<Window>& windows) {
     for (Run& run : runs) {
@@ -169,11 +189,7 @@ std::vector<Run> withOtherSounds(std::vector<Run> runs, const std::vector<Window
         if (run.kind == c_iSilence) {
             run.name = "silence";
         } else if (run.kind == c_iOther) {
-            double flatness = 0.0;
-            for (std::size_t i = run.first; i < run.last; ++i) {
-                flatness += windows[i].flatness / static_cast<double>(run.last - run.first);
-            }
-            run.name = run.milliseconds() >= c_iLeastSpeechMs && flatness < c_dFlatSpeech ? "speech" : "noise";
+            run.name = isVoice(run, windows) ? "speech" : "noise";
         }
     }
     return runs;

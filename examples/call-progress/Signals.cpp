@@ -17,6 +17,7 @@ std::vector<Signal> makeSignals() {
         {"ringback", {{440, 480}, c_iNarrowHz}, {1700, 2300}, {3400, 4600}, 1},
         {"busy", {{480, 620}, c_iNarrowHz}, {420, 580}, {420, 580}, 2},
         {"reorder", {{480, 620}, c_iNarrowHz}, {200, 300}, {200, 300}, 2},
+        {"call waiting tone", {{440}, c_iNarrowHz}, {250, 350}, {}, 1},
         // A calling terminal may be 38 Hz off, and 15 % in its cadence of 0.5 s and 3 s.
         {"fax calling tone", {{1100}, 38}, {420, 580}, {2550, 3450}, 1},
     };

@@ -18,7 +18,8 @@ constexpr int c_iOther = -2;
 /// What a window of a recording is.
 struct Window {
     int kind = c_iSilence;  ///< the index of a tone in `allTones`, or one of the two above
-    double flatness = 0.0;  ///< of its spectrum
+    double level = 0.0;     ///< mean square of what a telephone line carries, full scale 1
+    double flatness = 0.0;  ///< within narrow bands, whatever the colour: near 0.55 for noise, 0 for harmonics
 };
 
 /// Classifies all windows of a mono recording at 8000 Hz. What is left at the end, less than a step, belongs to none.

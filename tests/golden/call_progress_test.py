@@ -9,6 +9,7 @@ import os
 import pathlib
 import random
 import re
+import struct
 import subprocess
 import tempfile
 import unittest
@@ -52,12 +53,48 @@ def noise(seconds, amplitude, seed, smoothing=0.0):
     return samples
 
 
-def voices():
+def at_level(samples, dbfs):
+    """The samples at this level, without an offset."""
+    mean = sum(samples) / len(samples)
+    factor = 10 ** (dbfs / 20) / math.sqrt(sum((sample - mean) ** 2 for sample in samples) / len(samples))
+    return [factor * (sample - mean) for sample in samples]
+
+
+def white(seconds, dbfs, seed):
+    return at_level(noise(seconds, 1.0, seed), dbfs)
+
+
+def brown(seconds, dbfs, seed):
+    """Falls by 6 dB an octave from 6 Hz on."""
+    return at_level(noise(seconds, 1.0, seed, smoothing=0.995), dbfs)
+
+
+def pink(seconds, dbfs, seed):
+    """Falls by about 3 dB an octave: low-pass noises an octave apart, each of the same power."""
+    layers = (white(seconds, 0, seed), *(at_level(noise(seconds, 1.0, seed + octave, 1.0 - 0.5 ** octave), 0)
+                                         for octave in range(1, 9)))
+    return at_level(mixed(*layers), dbfs)
+
+
+def mixed(*sounds):
+    return [sum(samples) for samples in zip(*sounds, strict=True)]
+
+
+def offset(samples, value):
+    return [sample + value for sample in samples]
+
+
+def buzz(seconds, hertz):
+    """A steady sound with harmonics."""
+    return [0.1 * ((hertz * i / RATE) % 1.0 - 0.5) for i in range(round(seconds * RATE))]
+
+
+def voices(paces=tuple(0.6 + 0.1 * step for step in range(15))):
     """The phrases of the sample call, spoken by many: at other paces their pitches and formants are others, too."""
     with wave.open(str(CALL)) as file:
         call = array.array("h", file.readframes(file.getnframes()))
     samples = []
-    for pace in (0.6 + 0.1 * step for step in range(15)):
+    for pace in paces:
         for name, start, stop in phases_of(PHASES.read_text(encoding="utf-8")):
             if name == "speech":
                 phrase = call[round(start * RATE):round(stop * RATE)]
@@ -131,8 +168,65 @@ class CallProgress(unittest.TestCase):
             with self.subTest(amplitude=amplitude, smoothing=smoothing):
                 self.assertEqual(set(self.names(noise(30, amplitude, 1, smoothing))), {"noise"})
 
+    def test_noise_of_any_colour_raises_no_signal(self):
+        for colour, dbfs, value in itertools.product((white, pink, brown), (-30, -22, -14), (0.0, 0.02)):
+            with self.subTest(colour=colour.__name__, dbfs=dbfs, offset=value):
+                self.assertEqual(set(self.names(offset(colour(10, dbfs, 4), value))), {"noise"})
+        for colour in (white, pink, brown):
+            with self.subTest(colour=colour.__name__, dbfs=-45):
+                self.assertLessEqual(set(self.names(colour(10, -45, 5))), {"noise", "silence"})
+
+    def test_noise_that_comes_and_goes_like_syllables_is_no_voice(self):
+        for colour, rate in itertools.product((white, pink, brown), (2, 4, 8)):
+            samples = [sample * (0.52 - 0.48 * math.cos(2 * math.pi * rate * i / RATE))
+                       for i, sample in enumerate(colour(10, -15, 6))]
+            with self.subTest(colour=colour.__name__, rate=rate):
+                self.assertLessEqual(set(self.names(samples)), {"noise", "silence"})
+
+    def test_a_steady_sound_is_no_voice(self):
+        self.assertEqual(self.names(buzz(3, 120)), ["noise"])
+        self.assertEqual(self.names(tone(3, 1000)), ["noise"])
+
     def test_silence_is_one_phase(self):
         self.assertEqual(self.found(silence(2)), [("silence", 0.0, 2.0)])
+
+    def test_an_idle_line_is_silent(self):
+        for value in (0.008, -0.03):
+            self.assertEqual(self.names(offset(silence(3), value)), ["silence"])
+            self.assertEqual(self.names(offset(white(3, -70, 7), value)), ["silence"])
+        for colour in (white, pink, brown):
+            with self.subTest(colour=colour.__name__):
+                self.assertEqual(self.names(offset(colour(5, -60, 8), 0.01)), ["silence"])
+        self.assertEqual(self.names(mixed(tone(3, 60, amplitude=0.02), pink(3, -60, 9))), ["silence"])
+
+    def test_the_noise_of_a_line_is_silence_beside_what_is_louder(self):
+        line = offset(mixed(brown(8, -34, 10), pink(8, -48, 11)), 0.014)
+        busy = [3 * sample for sample in silence(0.25) + bursts(8, 0.5, 0.5, 480, 620)][:len(line)]
+        self.assertEqual(self.names(mixed(busy, line)), ["silence"] + ["busy", "silence"] * 8)
+        ringback = [3 * sample for sample in silence(1) + bursts(2, 2, 4, 440, 480)][:len(line)]
+        self.assertEqual(self.names(mixed(ringback, line)), ["silence", "ringback", "silence", "ringback"])
+
+    def test_voices_are_told_on_a_line_with_offset_and_noise(self):
+        samples = voices(paces=(0.7, 1.0, 1.4))
+        seconds = len(samples) / RATE
+        for dbfs in (-60, -50, -42):
+            phases = self.found(offset(mixed(samples, pink(seconds, dbfs, 12)), 0.01))
+            with self.subTest(dbfs=dbfs):
+                self.assertEqual({name for name, _, _ in phases}, {"speech", "silence"})
+                self.assertGreater(sum(stop - start for name, start, stop in phases if name == "speech"), 0.7 * seconds)
+                self.assertEqual(sum(name == "speech" for name, _, _ in phases), 9, "three phrases at each pace")
+
+    def test_samples_that_are_no_numbers_are_silence(self):
+        samples = [math.nan if 1.0 <= i / RATE < 2.0 else sample for i, sample in enumerate(tone(3, 350, 440))]
+        data = array.array("f", samples).tobytes()
+        path = self.folder / "float.wav"
+        path.write_bytes(b"RIFF" + struct.pack("<I", 36 + len(data)) + b"WAVEfmt " +
+                         struct.pack("<IHHIIHH", 16, 3, 1, RATE, 4 * RATE, 4, 32) +
+                         b"data" + struct.pack("<I", len(data)) + data)
+        result = self.run_program(path)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertEqual([line.split(None, 2)[2] for line in result.stdout.splitlines()[1:]],
+                         ["dial tone", "silence", "dial tone"])
 
     def test_cadence_tells_signals_of_the_same_tones_apart(self):
         self.assertEqual(self.names(bursts(3, 0.5, 0.5, 480, 620)), ["busy", "silence"] * 3)
@@ -148,6 +242,11 @@ class CallProgress(unittest.TestCase):
     def test_ringback_is_two_seconds_in_six(self):
         self.assertEqual(self.names(silence(1) + bursts(2, 2, 4, 440, 480)), ["silence"] + ["ringback", "silence"] * 2)
         self.assertEqual(self.names(silence(1) + bursts(1, 1, 4, 440, 480)), ["silence", "unknown tone", "silence"])
+
+    def test_a_call_waits_for_a_third_of_a_second(self):
+        self.assertEqual(self.names(silence(1) + bursts(2, 0.3, 2, 440)),
+                         ["silence"] + ["call waiting tone", "silence"] * 2)
+        self.assertEqual(self.names(silence(1) + bursts(1, 0.5, 2, 440)), ["silence", "unknown tone", "silence"])
 
     def test_special_information_tones_are_three_in_order(self):
         for low, middle in itertools.product((914, 985), (1371, 1429)):
