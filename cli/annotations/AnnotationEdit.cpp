@@ -151,6 +151,23 @@ std::string AnnotationEdit::whyRefused(const TimedLabel& label) const {
     return {};
 }
 
+// What is appended was looked at before; this is about annotations that the file has. To cut these off would move them.
+bool AnnotationEdit::checkStarts() {
+    const auto& annotations = m_recording.annotations;
+    const auto isBeyond = [&](const SampledLabel& annotation) { return annotation.start > m_recording.samples; };
+    const auto first = std::find_if(annotations.begin(), annotations.end(), isBeyond);
+    if (first == annotations.end()) {
+        return true;
+    }
+    const auto others = static_cast<std::size_t>(std::count_if(first + 1, annotations.end(), isBeyond));
+    const auto time = [&](std::uint64_t sample) { return timeOfSample(sample, m_recording.rate) + " s"; };
+    m_diagnostics.error(nameOf(static_cast<std::size_t>(first - annotations.begin()), first->label) +
+                        ", which the file has, starts at " + time(first->start) + ", beyond the end of the audio at " +
+                        time(m_recording.samples) + (others > 0 ? ", as " + std::to_string(others) + " more do" : "") +
+                        "; 'murvane-audio annotations clear' can remove such annotations");
+    return false;
+}
+
 void AnnotationEdit::cutOffAtEnd() {
     std::size_t count = 0;
     for (std::size_t i = 0; i < m_recording.annotations.size(); ++i) {
@@ -165,7 +182,6 @@ void AnnotationEdit::cutOffAtEnd() {
                                   "; it is cut off there");
         }
         annotation.stop = m_recording.samples;
-        annotation.start = std::min(annotation.start, annotation.stop);
     }
     if (count > c_uiMaxNamed) {
         m_diagnostics.warning(std::to_string(count - c_uiMaxNamed) + " more annotations are cut off there");
@@ -184,6 +200,9 @@ bool AnnotationEdit::prepare() {
     if (count == 0 && list != nullptr && list->getId() != IFF::ChunkId("LIST")) {
         m_diagnostics.error("cannot be left without annotations: the list of them is called \"" +
                             list->getId().toString() + "\" instead of \"LIST\", and cannot be removed");
+        return false;
+    }
+    if (!checkStarts()) {
         return false;
     }
     cutOffAtEnd();

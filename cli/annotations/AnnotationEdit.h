@@ -25,8 +25,8 @@ void addEditOptions(boost::program_options::options_description& description, Ed
 /// 3. `save` writes the file, unless nothing changed or it is only to be told, and tells what changed; or `saveCopy`
 ///    writes another file.
 ///
-/// Failures are reported, and leave the file as it was. What cannot be kept, and what goes beyond the end of the audio
-/// and is cut off there, is warned of.
+/// Failures are reported, and leave the file as it was; one is an annotation that begins beyond the end of the audio.
+/// What cannot be kept, and what ends beyond the end of the audio and is cut off there, is warned of.
 class AnnotationEdit {
 public:
     AnnotationEdit(std::string path, const EditOptions& options, Diagnostics& diagnostics);
@@ -53,6 +53,7 @@ public:
 private:
     bool isChanged() const;
     std::string whyRefused(const TimedLabel& label) const;
+    bool checkStarts();
     void cutOffAtEnd();
     bool prepare();
     bool checkWritable();

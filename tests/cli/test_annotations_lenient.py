@@ -163,13 +163,52 @@ class Rescue(AnnotationTest):
         self.assertEqual(self.annotations_in("b.wav"), [(200, 0, b"two"), (100, 0, b"one")])
 
     def test_what_goes_beyond_the_end_is_cut_off(self):
-        self.write("a.wav", riff(audio(), cue(point(1, 23000), point(2, 25000)),
+        self.write("a.wav", riff(audio(), cue(point(1, 23000), point(2, 24000)),
                                  adtl(ltxt(1, 2000), labl(1, b"x"), ltxt(2, 5), labl(2, b"y"))))
         end = "beyond the end of the audio at 3 s; it is cut off there"
         self.assert_told(self.annotations("add", "a.wav", "--label", "z", "--start", "1", "--stop", "2"),
                          "a.wav: warning: annotation 1 (x) ends at 3.125 s, " + end,
-                         "a.wav: warning: annotation 2 (y) ends at 3.1256 s, " + end)
+                         "a.wav: warning: annotation 2 (y) ends at 3.0006 s, " + end)
         self.assertEqual(self.annotations_in("a.wav"), [(23000, 1000, b"x"), (24000, 0, b"y"), (8000, 8000, b"z")])
+
+    def write_with_late_ones(self, *late):
+        """Annotation 1 is in the audio, the others start at these samples beyond its end."""
+        starts = [100, *late]
+        texts = [chunk for i, start in enumerate(starts, 1) for chunk in (ltxt(i, 800), labl(i, b"SF_40%d" % i))]
+        return self.write("a.wav", riff(audio(), cue(*(point(i, start) for i, start in enumerate(starts, 1))), adtl(*texts)))
+
+    def test_what_starts_beyond_the_end_is_moved_by_no_edit(self):
+        self.write("good.wav", riff(audio()))
+        self.write("labels.csv", b"start_s,stop_s,label\n0,0.5,x\n")
+        late = "annotation {} (SF_402), which the file has, starts at {} s, beyond the end of the audio at 3 s"
+        clear = "; 'murvane-audio annotations clear' can remove such annotations"
+        add = ("add", "a.wav", "--label", "NEW", "--start", "0.3", "--stop", "0.4")
+        for arguments, number in ((add, 2), (("import", "a.wav", "labels.csv", "--append"), 2),
+                                  (("clear", "a.wav", "--label", "SF_401"), 1)):
+            for options in ([], ["--dry-run"], ["--lenient", "--backup"]):
+                for starts, reason in (((25000,), late.format(number, "3.125")),
+                                       ((24001, 99999, 30000), late.format(number, "3.0001") + ", as 2 more do")):
+                    self.write_with_late_ones(*starts)
+                    before = self.read("a.wav"), self.files()
+                    self.assert_failed(self.annotations(*arguments, *options), "a.wav: " + reason + clear)
+                    self.assertEqual((self.read("a.wav"), self.files()), before, (arguments, options))
+
+    def test_what_starts_beyond_the_end_can_be_removed(self):
+        self.write("good.wav", riff(audio()))
+        self.write("labels.csv", b"start_s,stop_s,label\n0,0.5,x\n")
+        for arguments, left in ((("clear", "a.wav", "--label", "SF_402"), [(100, 800, b"SF_401")]),
+                                (("clear", "a.wav"), []), (("copy", "good.wav", "a.wav"), []),
+                                (("import", "a.wav", "labels.csv"), [(0, 4000, b"x")])):
+            self.write_with_late_ones(25000)
+            self.assert_told(self.annotations(*arguments))
+            self.assertEqual(self.annotations_in("a.wav"), left, arguments)
+
+    def test_what_starts_beyond_the_end_does_no_harm_where_nothing_changes(self):
+        self.write_with_late_ones(25000)
+        before = self.read("a.wav")
+        self.assert_told(self.annotations("clear", "a.wav", "--label", "none"),
+                         output="a.wav: 0 removed, 0 added; 2 annotations\n")
+        self.assertEqual(self.read("a.wav"), before)
 
     def test_sizes_that_lie_are_corrected_with_a_warning(self):
         self.write("a.wav", riff(audio(), chunk(b"tail", b"1234", size=100)))
