@@ -72,11 +72,11 @@ bool AnnotationEdit::load() {
         m_diagnostics.error(*defect + c_szHeaderHint);  // chunks would be put in the midst of the audio
         return false;
     }
-    if (!ChunkScan(m_loaded.file.getParser()).canBeAnnotated()) {
-        m_diagnostics.error(m_loaded.file.getError());  // what lenient reading lets pass, for looking only
+    if (!m_loaded.scan->canBeAnnotated()) {
+        m_diagnostics.error(m_loaded.obstacle());  // what lenient reading lets pass, for looking only
         return false;
     }
-    m_recording = recordingOf(m_loaded.file, m_options.read, Loops::OnlyOfCues);
+    m_recording = recordingOf(m_loaded, m_options.read, Loops::OnlyOfCues);
     m_before = m_recording.annotations;
     return true;
 }
@@ -125,7 +125,7 @@ bool AnnotationEdit::saveCopy(const std::string& path) {
 
 bool AnnotationEdit::isChanged() const {
     const bool isOfNone = m_bClearsAll && m_recording.annotations.empty();
-    return m_recording.annotations != m_before || (isOfNone && ChunkScan(m_loaded.file.getParser()).hasAny());
+    return m_recording.annotations != m_before || (isOfNone && m_loaded.scan->hasAny());
 }
 
 std::string AnnotationEdit::whyRefused(const TimedLabel& label) const {
@@ -189,7 +189,7 @@ void AnnotationEdit::cutOffAtEnd() {
 }
 
 bool AnnotationEdit::prepare() {
-    const ChunkScan scan(m_loaded.file.getParser());
+    const ChunkScan& scan = *m_loaded.scan;
     const std::size_t count = m_recording.annotations.size();
     if (count >= Audio::AnnotatedFile::c_uiEndOfCueNumbers) {
         m_diagnostics.error("would have " + std::to_string(count) + " annotations; less than " +

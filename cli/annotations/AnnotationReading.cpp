@@ -46,7 +46,7 @@ std::string describeRefusal(const LoadedFile& loaded) {
     if (!file.getParser().isValid()) {
         return file.getError();
     }
-    const ChunkScan scan(file.getParser());
+    const ChunkScan& scan = *loaded.scan;
     if (const auto defect = loaded.headerDefect(); defect && !scan.samples()) {
         return *defect + c_szHeaderHint;  // what is behind such a header may not be seen as chunks at all
     }
@@ -56,13 +56,12 @@ std::string describeRefusal(const LoadedFile& loaded) {
     });
     const std::string misfits = scan.canBeAnnotated() && isIdGood ? describeMisfits(scan) : "";
     const bool hasMore = !scan.points.empty() || !scan.loops.empty();
-    return (misfits.empty() ? file.getError() : "its annotations do not fit together: " + misfits) +
+    return (misfits.empty() ? loaded.obstacle() : "its annotations do not fit together: " + misfits) +
            (hasMore ? c_szLenientHint : "");
 }
 
 /// About the chunk of audio that the library counts the samples of, or would if it saw one.
-std::optional<WavHeader> headerOf(const std::string& path, const IFF::IFFParser& parser) {
-    const ChunkScan scan(parser);
+std::optional<WavHeader> headerOf(const std::string& path, const ChunkScan& scan) {
     return scan.datas.empty() ? readWavHeader(path) : readWavHeader(path, scan.datas.front()->getFileOffset());
 }
 
@@ -137,18 +136,26 @@ std::optional<std::string> LoadedFile::headerDefect() const {
     return header && header->size != WavHeader::Size::Fits ? std::optional(header->describe()) : std::nullopt;
 }
 
+std::string LoadedFile::obstacle() const {
+    const bool isMono = scan->fmt && scan->fmt->m_usNbOfChannels == 1;
+    const std::string reason = isMono ? scan->whyUncountable() : "";
+    return reason.empty() ? file.getError() : reason;
+}
+
 bool loadAnnotated(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded) {
     if (!checkNotEmpty(path, diagnostics)) {
         return false;
     }
     loaded.stamp = FileStamp::of(path);
     const MutedRecords muted(diagnostics);
-    const bool isDone = loaded.file.loadFile(path);
-    loaded.header = loaded.stamp == FileStamp() ? std::nullopt : headerOf(path, loaded.file.getParser());
+    const bool isRead = loaded.file.loadFile(path);
+    const ChunkScan& scan = loaded.scan.emplace(loaded.file.getParser());
+    loaded.header = loaded.stamp == FileStamp() ? std::nullopt : headerOf(path, scan);
     if (FileStamp::of(path) != loaded.stamp) {
         diagnostics.error("it changed while it was read");
         return false;
     }
+    const bool isDone = isRead && scan.whyUncountable().empty();
     if (!isDone && !(lenient && loaded.file.getParser().isValid())) {
         diagnostics.error(describeRefusal(loaded));
         return false;
@@ -156,14 +163,15 @@ bool loadAnnotated(const std::string& path, bool lenient, Diagnostics& diagnosti
     return true;
 }
 
-Recording recordingOf(const Audio::AnnotatedFile& file, const ReadOptions& options, Loops loops) {
+Recording recordingOf(const LoadedFile& loaded, const ReadOptions& options, Loops loops) {
     Recording recording;
     if (options.lenient) {
-        const ChunkScan scan(file.getParser());
+        const ChunkScan& scan = *loaded.scan;
         recording.rate = scan.fmt ? scan.fmt->m_uiSampleRate : 0;
         recording.samples = scan.samples().value_or(0);
         recording.annotations = scannedAnnotations(scan, loops);
     } else {
+        const Audio::AnnotatedFile& file = loaded.file;
         recording.rate = file.getSampleRate();
         recording.samples = file.getNbOfSamples();
         for (const auto& pAnnotation : file.m_vAnnotations) {
@@ -183,11 +191,11 @@ bool readRecording(const std::string& path, const ReadOptions& options, Diagnost
     if (!loadAnnotated(path, options.lenient, diagnostics, loaded)) {
         return false;
     }
-    recording = recordingOf(loaded.file, options, Loops::Regions);
+    recording = recordingOf(loaded, options, Loops::Regions);
     if (const auto defect = loaded.headerDefect()) {
         diagnostics.warning(*defect);
     }
-    warnOfOrphans(ChunkScan(loaded.file.getParser()), diagnostics);
+    warnOfOrphans(*loaded.scan, diagnostics);
     return true;
 }
 

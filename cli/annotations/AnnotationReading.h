@@ -30,9 +30,17 @@ enum class Loops { Regions, OnlyOfCues };
 
 /// A file in memory, and which one it was.
 struct LoadedFile {
+    LoadedFile() = default;
+    LoadedFile(const LoadedFile&) = delete;
+    LoadedFile& operator=(const LoadedFile&) = delete;
+
     Audio::AnnotatedFile file;
+    std::optional<ChunkScan> scan;  ///< of the file as it was loaded: gone stale once it is saved
     FileStamp stamp;
     std::optional<WavHeader> header;  ///< nothing of what has no audio, or is no regular file
+
+    /// Why its audio cannot be annotated.
+    std::string obstacle() const;
 
     /// Why the header does not tell where the audio ends.
     std::optional<std::string> headerDefect() const;
@@ -48,7 +56,7 @@ inline constexpr const char* c_szHeaderHint = "; use a copy made by an audio too
 bool loadAnnotated(const std::string& path, bool lenient, Diagnostics& diagnostics, LoadedFile& loaded);
 
 /// The annotations of a file that was loaded, as `options` ask for them.
-Recording recordingOf(const Audio::AnnotatedFile& file, const ReadOptions& options, Loops loops);
+Recording recordingOf(const LoadedFile& loaded, const ReadOptions& options, Loops loops);
 
 /// Both at once, for looking only: tells also what of the file's labels is not among its annotations, and whether its
 /// header is right about its length.

@@ -1,5 +1,6 @@
 #include "annotations/ChunkScan.h"
 
+#include <murvane/core/Logging.h>
 #include <murvane/iff/ByteCursor.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr std::size_t c_uiFmtSize = 16;
+constexpr std::uint16_t c_plainTags[] = {1, 3, 6, 7, 0xfffe};  // PCM, float, A-law, mu-law, extensible
 constexpr std::size_t c_uiLabelHeader = 4;
 constexpr std::size_t c_uiLengthSize = 20;
 
@@ -36,6 +38,28 @@ std::optional<std::uint64_t> ChunkScan::samples() const {
         return std::nullopt;
     }
     return datas.front()->getSize() / frameBytes();
+}
+
+bool ChunkScan::isPlain() const {
+    return fmt &&
+           std::find(std::begin(c_plainTags), std::end(c_plainTags), fmt->m_usCompressionCode) != std::end(c_plainTags);
+}
+
+std::string ChunkScan::whyUncountable() const {
+    if (!fmt) {
+        return {};
+    }
+    if (!isPlain()) {
+        return concatenate("format ", fmt->m_usCompressionCode,
+                           " is none whose samples can be counted in bytes (PCM, float, A-law, mu-law)");
+    }
+    const unsigned bits = fmt->m_usSignBitsPerSample;
+    if (bits == 0 || bits % 8 != 0) {
+        return concatenate("samples of ", bits, " bits are not whole bytes");
+    }
+    return fmt->m_usBlockAlign == frameBytes() ? ""
+                                               : concatenate("a sample of all channels takes ", frameBytes(),
+                                                             " bytes, the format says ", fmt->m_usBlockAlign);
 }
 
 const IFF::Chunk* ChunkScan::emptiedList() const {

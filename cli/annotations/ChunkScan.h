@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -64,11 +65,22 @@ struct ChunkScan {
     /// The length of the audio in samples of all channels; nothing when these cannot be counted.
     std::optional<std::uint64_t> samples() const;
 
-    /// The bytes of a sample of all channels; 0 when they are not known, or not whole.
-    unsigned frameBytes() const { return fmt ? fmt->m_usNbOfChannels * (fmt->m_usSignBitsPerSample / 8u) : 0; }
+    /// Whether the audio is samples of one size, one after the other: PCM, float, A-law or mu-law.
+    bool isPlain() const;
 
-    /// Whether the audio is as the library annotates it.
-    bool canBeAnnotated() const { return samples() && fmt->m_usNbOfChannels == 1 && fmt->m_uiSampleRate > 0; }
+    /// The bytes of a sample of all channels; 0 when they are not known.
+    unsigned frameBytes() const {
+        return isPlain() ? fmt->m_usNbOfChannels * ((fmt->m_usSignBitsPerSample + 7u) / 8) : 0;
+    }
+
+    /// Why the library, which divides bytes by bits, would count other samples than there are, or none; empty when it
+    /// counts right, or there is no format.
+    std::string whyUncountable() const;
+
+    /// Whether the audio is as the library annotates it, and counts it right.
+    bool canBeAnnotated() const {
+        return samples() && fmt->m_usNbOfChannels == 1 && fmt->m_uiSampleRate > 0 && whyUncountable().empty();
+    }
 
     /// Whether there is any chunk that belongs to annotations.
     bool hasAny() const { return !cues.empty() || m_lengthOwner || m_labelOwner || m_noteOwner; }

@@ -17,9 +17,6 @@ namespace {
 // As many as the parser notes; a hostile file could have one for every eight of its bytes.
 constexpr std::size_t c_uiMaxFindings = 1000;
 
-constexpr std::uint16_t c_usExtensible = 0xfffe;
-constexpr std::uint16_t c_plainTags[] = {1, 3, 6, 7, c_usExtensible};  // PCM, float, A-law, mu-law
-
 class Inspection {
 public:
     explicit Inspection(const IFF::IFFParser& parser)
@@ -77,25 +74,26 @@ private:
         }
         const IFF::WavFmtChunk& fmt = *m_scan.fmt;
         const std::uint64_t offset = m_scan.fmts.front()->getFileOffset();
-        const std::uint16_t tag = fmt.m_usCompressionCode;
-        const unsigned bits = fmt.m_usSignBitsPerSample;
-        const unsigned frame = fmt.m_usNbOfChannels * ((bits + 7) / 8);
-        if (fmt.m_usNbOfChannels != 1) {
-            note(offset, "the audio has ", fmt.m_usNbOfChannels, " channels; only mono files can be annotated");
+        if (fmt.m_usNbOfChannels == 0) {
+            note(offset, "the audio has 0 channels");
         }
         if (fmt.m_uiSampleRate == 0) {
             note(offset, "the sample rate is 0");
         }
-        if (std::find(std::begin(c_plainTags), std::end(c_plainTags), tag) == std::end(c_plainTags)) {
-            note(offset, "format ", tag, " is none whose samples can be counted in bytes (PCM, float, A-law, mu-law)");
-        } else if (bits < 8 || bits % 8 != 0) {
-            note(offset, "samples of ", bits, " bits are not whole bytes");
-        } else if (fmt.m_usBlockAlign != frame) {
-            note(offset, "a sample of all channels takes ", frame, " bytes, the format says ", fmt.m_usBlockAlign);
-        } else if (fmt.m_uiAverageBytesPerSecond != std::uint64_t{fmt.m_uiSampleRate} * frame) {
-            note(offset, "a second takes ", std::uint64_t{fmt.m_uiSampleRate} * frame, " bytes, the format says ",
-                 fmt.m_uiAverageBytesPerSecond);
+        // Compressed audio, and 12 bits in two bytes, are right in themselves.
+        const unsigned frame = m_scan.frameBytes();
+        const std::string uncountable = m_scan.whyUncountable();
+        if (m_scan.isPlain() && (fmt.m_usSignBitsPerSample == 0 || fmt.m_usBlockAlign != frame)) {
+            note(offset, uncountable);
+            return;
         }
+        if (const auto second = std::uint64_t{fmt.m_uiSampleRate} * frame;
+            m_scan.isPlain() && fmt.m_uiAverageBytesPerSecond != second) {
+            note(offset, "a second takes ", second, " bytes, the format says ", fmt.m_uiAverageBytesPerSecond);
+        }
+        m_defects.obstacle = fmt.m_usNbOfChannels > 1
+                                 ? concatenate("the audio has ", fmt.m_usNbOfChannels, " channels, not one")
+                                 : uncountable;
     }
 
     void checkData() {

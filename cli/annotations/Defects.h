@@ -4,6 +4,7 @@
 #include <murvane/iff/IFFParser.h>
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 namespace Zantrix::Cli {
@@ -12,6 +13,7 @@ namespace Zantrix::Cli {
 struct Defects {
     std::vector<IFF::Finding> findings;  ///< the first of them, in the order of their places in the file
     std::size_t omitted = 0;             ///< how many more there are, at least
+    std::string obstacle;                ///< why the audio cannot be annotated, although its format is right
 };
 
 /// Looks at all of a file that was read: what the parser noted, whether the audio can be counted in samples, and

@@ -20,7 +20,7 @@ constexpr const char* c_szUsage =
 
 constexpr const char* c_szHelpRest =
     "There is a line for each defect, with its place in the file in bytes, or \"FILE: no defects\". The exit code is\n"
-    "1 when there is any.\n\n"
+    "1 when there is any. That audio cannot be annotated, as it is not mono or is compressed, is told, but is none.\n\n"
     "An audio set is a text file with the name of one file on each line, as 'murvane-audio info --help' tells.\n"
     "In place of a FILE, '-' takes such lines from standard input.\n";
 
@@ -39,8 +39,11 @@ bool describe(const std::string& file, const IFF::IFFParser& parser, std::string
     if (defects.omitted > 0) {
         text += file + ": and " + std::to_string(defects.omitted) + " more\n";
     }
+    const std::string obstacle = defects.obstacle.empty() ? "" : "cannot be annotated: " + defects.obstacle;
     if (defects.findings.empty()) {
-        text = file + ": no defects\n";
+        text = file + ": no defects" + (obstacle.empty() ? "" : "; ") + obstacle + '\n';
+    } else if (!obstacle.empty()) {
+        text += file + ": " + obstacle + '\n';
     }
     return defects.findings.empty();
 }

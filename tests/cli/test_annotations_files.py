@@ -11,9 +11,10 @@ import subprocess
 import unittest
 
 from command import PROGRAM, fmt_chunk, give_up_superuser_rights
-from wav_chunks import (AnnotationTest, adtl, annotated, audio, chunk, labl, ltxt, point, riff)
+from wav_chunks import (AnnotationTest, adtl, annotated, audio, chunk, labl, ltxt, point, riff, stored)
 
 A = (4000, 4000, b"SF_440")
+COMPRESSED = "format {} is none whose samples can be counted in bytes (PCM, float, A-law, mu-law)"
 ADD = ("--label", "x", "--start", "0", "--stop", "0.0001")
 
 
@@ -66,15 +67,28 @@ class Refused(AnnotationTest):
                 ("a.wav", riff(audio(channels=2)), "only mono files can be annotated, this has 2 channels"),
                 ("b.wav", riff(fmt_chunk(channels=0), chunk(b"data", b"")),
                  "only mono files can be annotated, this has 0 channels"),
-                ("c.wav", riff(fmt_chunk(bits=0), chunk(b"data", b"1234")), "samples of 0 bits cannot be counted"),
-                ("d.wav", riff(fmt_chunk(bits=4), chunk(b"data", b"1234")), "samples of 4 bits cannot be counted"),
+                ("c.wav", riff(fmt_chunk(bits=0), chunk(b"data", b"1234")), "samples of 0 bits are not whole bytes"),
+                ("d.wav", riff(fmt_chunk(bits=4), chunk(b"data", b"1234")), "samples of 4 bits are not whole bytes"),
                 ("e.wav", riff(fmt_chunk(rate=0), chunk(b"data", b"1234")), "its sample rate is 0"),
                 ("f.wav", riff(chunk(b"data", b"1234")), "Invalid WAV file : no chunk fmt"),
                 ("g.wav", riff(fmt_chunk()), "Invalid WAV file : no chunk data"),
                 ("h.wav", riff(chunk(b"fmt ", b"12"), chunk(b"data", b"")),
-                 "only mono files can be annotated, this has 0 channels")):
+                 "only mono files can be annotated, this has 0 channels"),
+                ("i.wav", riff(stored(1, 12, 2), chunk(b"data", bytes(16000))),
+                 "samples of 12 bits are not whole bytes"),
+                ("j.wav", riff(stored(1, 16, 4), chunk(b"data", bytes(16000))),
+                 "a sample of all channels takes 2 bytes, the format says 4"),
+                ("k.wav", riff(stored(49, 0, 65), chunk(b"data", bytes(16250))), COMPRESSED.format(49)),
+                ("l.wav", riff(stored(2, 8, 256), chunk(b"data", bytes(16384))), COMPRESSED.format(2))):
             self.write(name, file)
             self.assert_refused(name, message)
+            if name >= "i.wav":
+                self.assert_failed(self.annotations("add", "--lenient", name, *ADD), f"{name}: {message}")
+
+    def test_samples_of_bits_that_are_no_bytes_are_counted_for_looking(self):
+        self.write("a.wav", riff(stored(1, 12, 2), chunk(b"data", bytes(16000))))
+        self.assert_told(self.annotations("list", "--lenient", "a.wav"),
+                         output="a.wav: 8000 Hz, 1.000000 s, no annotations\n")
 
     def test_lists_nested_too_deep(self):
         inner = chunk(b"note", b"")

@@ -5,7 +5,7 @@ import struct
 import unittest
 
 from command import fmt_chunk
-from wav_chunks import (AnnotationTest, adtl, annotated, audio, chunk, cue, labl, ltxt, note, point, riff, smpl)
+from wav_chunks import (AnnotationTest, adtl, annotated, audio, chunk, cue, labl, ltxt, note, point, riff, smpl, stored)
 
 A = (4000, 4000, b"SF_440")
 END = ", beyond the end of the audio at 24000"
@@ -131,24 +131,36 @@ class Validate(AnnotationTest):
                             'offset 168: another "data" chunk; the first one counts')
         self.assert_defects(riff(chunk(b"fmt ", bytes(14)), data),
                             'offset 12: chunk "fmt " of 14 bytes is too short, 16 are needed')
-        self.assert_defects(riff(fmt_chunk(channels=2), data),
-                            "offset 12: the audio has 2 channels; only mono files can be annotated")
         self.assert_defects(riff(fmt_chunk(rate=0), data), "offset 12: the sample rate is 0")
         self.assert_defects(riff(fmt_chunk(), chunk(b"data", bytes(101))),
                             "offset 36: the last 1 bytes of the audio are no whole sample")
 
     def test_formats(self):
         def form(tag, bits, align, second):
-            return riff(chunk(b"fmt ", struct.pack("<HHIIHH", tag, 1, 8000, second, align, bits)),
-                        chunk(b"data", bytes(100)))
-        plain = "offset 12: format {} is none whose samples can be counted in bytes (PCM, float, A-law, mu-law)"
-        self.assert_defects(form(2, 4, 256, 4055), plain.format(2))
-        self.assert_defects(form(49, 0, 65, 1625), plain.format(49))
+            return riff(stored(tag, bits, align, second=second), chunk(b"data", bytes(100)))
         self.assert_defects(form(1, 0, 0, 0), "offset 12: samples of 0 bits are not whole bytes")
-        self.assert_defects(form(1, 12, 2, 16000), "offset 12: samples of 12 bits are not whole bytes")
         self.assert_defects(form(1, 16, 4, 32000), "offset 12: a sample of all channels takes 2 bytes, the format says 4")
         self.assert_defects(form(1, 16, 2, 1), "offset 12: a second takes 16000 bytes, the format says 1")
+        self.assert_defects(form(1, 12, 3, 16000), "offset 12: samples of 12 bits are not whole bytes")
         self.assert_defects(form(0xFFFE, 16, 2, 16000))
+
+    def test_audio_that_cannot_be_annotated_is_no_defect(self):
+        def form(tag, channels, bits, align, second):
+            return stored(tag, bits, align, channels, second) + chunk(b"data", bytes(128))
+        plain = "format {} is none whose samples can be counted in bytes (PCM, float, A-law, mu-law)"
+        for reason, audio_chunks in (("the audio has 2 channels, not one", form(1, 2, 16, 4, 32000)),
+                                     ("the audio has 65535 channels, not one", form(49, 65535, 0, 65, 1625)),
+                                     (plain.format(2), form(2, 1, 4, 256, 4055)),
+                                     (plain.format(49), form(49, 1, 0, 65, 1625)),
+                                     ("samples of 12 bits are not whole bytes", form(1, 1, 12, 2, 16000))):
+            self.write("a.wav", riff(audio_chunks))
+            self.assert_told(self.annotations("validate", "a.wav"),
+                             output=f"a.wav: no defects; cannot be annotated: {reason}\n")
+            self.assert_defects(riff(audio_chunks, chunk(b"labl", b"")),
+                                'offset 172: chunk "labl" of 0 bytes is too short, 4 are needed',
+                                'offset 172: chunk "labl" is outside a list of annotations',
+                                f"cannot be annotated: {reason}")
+        self.assert_defects(riff(form(1, 0, 16, 0, 0)), "offset 12: the audio has 0 channels")
 
     def test_many_defects_are_counted(self):
         file = riff(audio(), cue(*(point(i, 1) for i in range(1500))))

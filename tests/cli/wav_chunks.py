@@ -52,6 +52,11 @@ def smpl(*loops, count=None):
                                             for identifier, first, last in loops))
 
 
+def stored(tag, bits, align, channels=1, second=16000):
+    """A "fmt " chunk that says all of it, true or not."""
+    return chunk(b"fmt ", struct.pack("<HHIIHH", tag, channels, 8000, second, align, bits))
+
+
 def audio(samples=SAMPLES, **fmt):
     """The chunks of audio, 16-bit samples unless told otherwise."""
     size = fmt.get("bits", 16) // 8 * fmt.get("channels", 1)
