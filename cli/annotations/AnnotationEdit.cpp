@@ -30,8 +30,14 @@ bool isEarlier(const SampledLabel& a, const SampledLabel& b) {
     return std::tie(a.start, a.stop, a.label) < std::tie(b.start, b.stop, b.label);
 }
 
-/// What is in `list` and not in `other`, each as often as it is there more often, in order of time.
-std::vector<SampledLabel> difference(std::vector<SampledLabel> list, std::vector<SampledLabel> other) {
+/// What is in `all` and not in `others`, each as often as it is there more often, in order of time.
+std::vector<SampledLabel> difference(const std::vector<SampledLabel>& all, const std::vector<SampledLabel>& others) {
+    // Mostly an edit is an annotation more or less among many that stay: only what is between needs to be put in order.
+    const auto [begin, beginOfOther] = std::mismatch(all.begin(), all.end(), others.begin(), others.end());
+    const auto [end, endOfOther] = std::mismatch(all.rbegin(), std::make_reverse_iterator(begin), others.rbegin(),
+                                                 std::make_reverse_iterator(beginOfOther));
+    std::vector<SampledLabel> list(begin, end.base());
+    std::vector<SampledLabel> other(beginOfOther, endOfOther.base());
     std::sort(list.begin(), list.end(), isEarlier);
     std::sort(other.begin(), other.end(), isEarlier);
     std::vector<SampledLabel> result;

@@ -174,6 +174,7 @@ Recording recordingOf(const LoadedFile& loaded, const ReadOptions& options, Loop
         const Audio::AnnotatedFile& file = loaded.file;
         recording.rate = file.getSampleRate();
         recording.samples = file.getNbOfSamples();
+        recording.annotations.reserve(file.m_vAnnotations.size() + 1);  // most edits add one
         for (const auto& pAnnotation : file.m_vAnnotations) {
             recording.annotations.push_back(toSamples(
                 {pAnnotation->getLabel(), pAnnotation->getStartTime(), pAnnotation->getStopTime()}, recording.rate));

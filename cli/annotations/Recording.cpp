@@ -15,6 +15,13 @@ std::string counted(std::size_t count, const std::string& what) {
 }
 
 std::string visibleLabel(const std::string& label) {
+    // Most labels are such words, and need no second text beside them.
+    const auto isWordCharacter = [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+    };
+    if (!label.empty() && std::all_of(label.begin(), label.end(), isWordCharacter)) {
+        return label;
+    }
     const std::string quoted = jsonString(label);
     const bool isPlain =
         quoted.size() == label.size() + 2 && !label.empty() && label.front() != ' ' && label.back() != ' ';

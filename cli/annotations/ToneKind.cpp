@@ -7,7 +7,10 @@
 #include <murvane/audio/annotations/AudioAmplitudeModulatedAnnotation.h>
 #include <murvane/audio/annotations/AudioSingleFrequencyAnnotation.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
+#include <string_view>
 
 namespace Zantrix::Cli {
 
@@ -18,9 +21,11 @@ constexpr std::size_t c_uiMaxKnown = 10000;
 
 /// Whether a label can be a tone's at all: the builder compiles an expression for each of its types and each label.
 bool beginsLikeTone(const std::string& label) {
-    const std::string begin = upperCase(label.substr(0, 3));
-    return begin == Audio::SingleFrequencyAnnotation::getPrefix() ||
-           begin == Audio::AmplitudeModulatedAnnotation::getPrefix();
+    static const std::string prefixes[] = {Audio::SingleFrequencyAnnotation::getPrefix(),
+                                           Audio::AmplitudeModulatedAnnotation::getPrefix()};
+    return std::any_of(std::begin(prefixes), std::end(prefixes), [&](const std::string& prefix) {
+        return Text::equalsIgnoringCase(std::string_view(label).substr(0, prefix.size()), prefix);
+    });
 }
 
 ToneKind ask(const std::string& label) {

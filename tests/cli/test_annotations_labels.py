@@ -65,6 +65,22 @@ class ImportAndExport(LabelTest):
         self.assert_told(self.annotations("import", "a.wav", "/dev/null", "--format", "audacity"))
         self.assertEqual(self.read("a.wav"), riff(audio()))
 
+    def test_what_changed_is_told_whatever_the_order(self):
+        def row(start, length, label):
+            return f"{start / 8000}\t{(start + length) / 8000}\t{label.decode()}\n".encode()
+        c = (200, 80, b"c")
+        d = (200, 80, b"d")
+        for before, after, removed, added in (
+                ([A, B, c], [c, B, A], "", ""), ([A, B, c], [B, A, B, c], "", "+B"), ([A, A, B], [B, A], "-A", ""),
+                ([A, A], [A, A, A], "", "+A"), ([A, B, c, A], [A, d, B, A], "-c", "+d"), ([], [c, A], "", "+c+A"),
+                ([A, c, B], [], "-c-A-B", "")):
+            self.write_annotated("a.wav", *before)
+            self.write("l.csv", b"start_s,stop_s,label\n" + b"".join(row(*a) for a in after).replace(b"\t", b","))
+            lines = self.annotations("import", "a.wav", "l.csv", "--dry-run").stdout.decode().splitlines()
+            names = {"SF_440": "A", "AM_1000x50": "B"}
+            changes = [line[0] + names.get(line.split()[-1], line.split()[-1]) for line in lines[1:]]
+            self.assertEqual("".join(changes), removed + added, (before, after))
+
     def test_a_dry_run_imports_nothing(self):
         self.write_annotated("a.wav", A)
         before = self.read("a.wav")
