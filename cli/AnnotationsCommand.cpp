@@ -70,7 +70,11 @@ int runAnnotations(const std::vector<std::string>& arguments) {
     if (action == std::end(c_actions)) {
         throw UsageError("unknown action '" + first + "'; the actions are " + join(names, ", "));
     }
-    return action->run({arguments.begin() + 1, arguments.end()});
+    try {
+        return action->run({arguments.begin() + 1, arguments.end()});
+    } catch (const UsageError& error) {
+        return tellWrongUsage(error, "annotations " + first);
+    }
 }
 
 }  // namespace Zantrix::Cli

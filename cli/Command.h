@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,6 +20,14 @@ class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+
+/// Tells of wrong usage, and where help is.
+///
+/// @param command  the words behind the program's name, such as "annotations add"
+inline ExitCode tellWrongUsage(const UsageError& error, const std::string& command) {
+    std::cerr << "murvane-audio: " << error.what() << "\nTry 'murvane-audio " << command << " --help'.\n";
+    return WrongUsage;
+}
 
 /// Runs one subcommand with the arguments that follow its name.
 ///

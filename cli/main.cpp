@@ -77,8 +77,7 @@ int run(std::vector<std::string> arguments) {
     try {
         return subcommand->run(arguments);
     } catch (const UsageError& error) {
-        std::cerr << "murvane-audio: " << error.what() << "\nTry 'murvane-audio " << name << " --help'.\n";
-        return WrongUsage;
+        return tellWrongUsage(error, name);
     }
 }
 

@@ -6,7 +6,8 @@ namespace Zantrix::Cli {
 
 void demandOperands(const std::vector<std::string>& operands, std::size_t count, const std::string& names) {
     if (operands.size() != count) {
-        throw UsageError("this action takes " + names + ", " + std::to_string(operands.size()) + " names are given");
+        throw UsageError("this action takes " + names + ", " + counted(operands.size(), "name") +
+                         (operands.size() == 1 ? " is" : " are") + " given");
     }
 }
 

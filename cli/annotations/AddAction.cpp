@@ -32,8 +32,10 @@ void addEndOptions(po::options_description& description, const std::string& name
 /// One end of the annotation, given one way or the other.
 struct End {
     End(const po::variables_map& values, const std::string& name) : isSample(values.count(name + "-sample") != 0) {
-        if (isSample == (values.count(name) != 0)) {
-            throw UsageError("either --" + name + " or --" + name + "-sample is needed");
+        const bool isTime = values.count(name) != 0;
+        if (isSample == isTime) {
+            throw UsageError(isTime ? "--" + name + " and --" + name + "-sample are the same; only one can be given"
+                                    : "either --" + name + " or --" + name + "-sample is needed");
         }
         value = isSample ? static_cast<double>(values[name + "-sample"].as<std::int64_t>()) : values[name].as<double>();
         if (!std::isfinite(value) || value < 0.0) {

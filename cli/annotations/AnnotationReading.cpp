@@ -15,9 +15,9 @@ namespace {
 // Names of labels in a warning; a count does for the others.
 constexpr std::size_t c_uiMaxNamed = 5;
 
-constexpr const char* c_szLenientHint =
-    "; 'murvane-audio annotations list --lenient' shows what can be saved of it, 'murvane-audio annotations validate' "
-    "tells all that is wrong";
+constexpr const char* c_szLenientHint = "; 'murvane-audio annotations list --lenient' shows what can be saved of it, ";
+constexpr const char* c_szLenientEditHint = "edits with --lenient, such as 'add --lenient', keep that, ";
+constexpr const char* c_szValidateHint = "'murvane-audio annotations validate' tells all that is wrong";
 
 /// Why the cue points, intervals and labels of a file are no annotations; empty when they are.
 std::string describeMisfits(const ChunkScan& scan) {
@@ -55,9 +55,13 @@ std::string describeRefusal(const LoadedFile& loaded) {
         return point.id < Audio::AnnotatedFile::c_uiEndOfCueNumbers;
     });
     const std::string misfits = scan.canBeAnnotated() && isIdGood ? describeMisfits(scan) : "";
-    const bool hasMore = !scan.points.empty() || !scan.loops.empty();
-    return (misfits.empty() ? loaded.obstacle() : "its annotations do not fit together: " + misfits) +
-           (hasMore ? c_szLenientHint : "");
+    std::string text = misfits.empty() ? loaded.obstacle() : "its annotations do not fit together: " + misfits;
+    if (!scan.points.empty() || !scan.loops.empty()) {
+        text += c_szLenientHint;
+        text += scan.canBeAnnotated() && !loaded.headerDefect() ? c_szLenientEditHint : "";
+        text += c_szValidateHint;
+    }
+    return text;
 }
 
 /// About the chunk of audio that the library counts the samples of, or would if it saw one.

@@ -49,20 +49,42 @@ bool readBytes(const std::string& path, Diagnostics& diagnostics, std::string& b
     return bytes.size() <= c_uiMaxSize && is.eof() && !is.bad();
 }
 
-std::optional<std::vector<TimedLabel>> readLabels(const std::string& path, const LabelFormat& format,
-                                                  const std::vector<std::string>& tiers, Diagnostics& diagnostics) {
+struct LabelFile {
+    std::vector<TimedLabel> labels;
+    bool isEmpty = false;  ///< there is not a byte in it
+};
+
+std::optional<LabelFile> readLabels(const std::string& path, const LabelFormat& format,
+                                    const std::vector<std::string>& tiers, Diagnostics& diagnostics) {
     std::string bytes;
-    std::optional<std::vector<TimedLabel>> labels;
+    std::optional<LabelFile> file;
     diagnostics.beginInput(path);
     if (readBytes(path, diagnostics, bytes)) {
         try {
-            labels = format.read(bytes, tiers);
+            file = LabelFile{format.read(bytes, tiers), bytes.empty()};
         } catch (const LabelError& error) {
             diagnostics.error(std::string("cannot be read as ") + format.name + ": " + error.what());
         }
     }
     diagnostics.endInput();
-    return labels;
+    return file;
+}
+
+/// Whether these labels may take the place of those annotations. None at all may be a label file that was never
+/// written.
+bool mayReplace(const std::vector<SampledLabel>& annotations, const LabelFile& file, const std::string& path,
+                Diagnostics& diagnostics) {
+    if (annotations.empty() || !file.labels.empty()) {
+        return true;
+    }
+    const std::string replaced = counted(annotations.size(), "annotation");
+    if (file.isEmpty) {
+        diagnostics.error(path + " is empty, which is no label file to replace " + replaced +
+                          " by; 'murvane-audio annotations clear' removes them");
+    } else {
+        diagnostics.warning(path + " holds no annotations; " + replaced + " replaced by none");
+    }
+    return !file.isEmpty;
 }
 
 }  // namespace
@@ -93,15 +115,18 @@ int runAnnotationsImport(const std::vector<std::string>& arguments) {
         throw UsageError(std::string("--tier goes with textgrid only; the format is ") + format.name);
     }
     Diagnostics diagnostics(options.log);
-    const auto labels = readLabels(files[1], format, tiers, diagnostics);
-    if (!labels) {
+    const auto labelFile = readLabels(files[1], format, tiers, diagnostics);
+    if (!labelFile) {
         return SomeFailed;
     }
     return editFile(files[0], options, diagnostics, [&](AnnotationEdit& edit) {
         if (!appends) {
+            if (!mayReplace(edit.annotations(), *labelFile, files[1], diagnostics)) {
+                return false;
+            }
             edit.clear();
         }
-        return edit.append(*labels, files[1] + ": ");
+        return edit.append(labelFile->labels, files[1] + ": ");
     });
 }
 

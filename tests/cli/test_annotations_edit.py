@@ -100,8 +100,9 @@ class Add(AnnotationTest):
                                   ("--start-sample=2", "--stop-sample=1", "the start 2 is after the stop 1"),
                                   ("--start=x", "--stop=1", "--start"),
                                   ("--start-sample=1.5", "--stop=1", "--start-sample"),
-                                  ("--start=1", "--start-sample=1", "either --start or --start-sample"),
-                                  ("--start=1", "--label=y", "either --stop or --stop-sample")):
+                                  ("--start=1", "--start-sample=1", "--start and --start-sample are the same; only one can be given\n"),
+                                  ("--stop=1", "--label=y", "either --start or --start-sample is needed\n"),
+                                  ("--start=1", "--label=y", "either --stop or --stop-sample is needed\nTry 'murvane-audio annotations add --help'.\n")):
             self.assert_usage_error(self.add(start, stop, *(["--label=x"] if "label" not in stop else [])), text)
         self.assert_usage_error(self.add("--start", "0", "--stop", "1"), "--label is needed")
         self.assert_usage_error(self.annotations("add", "--label=x", "--start=0", "--stop=1"), "takes FILE")
@@ -240,7 +241,9 @@ class CopyAndAppend(AnnotationTest):
         self.write_annotated("a.wav", A)
         self.assert_failed(self.annotations("copy", "a.wav", "b.wav"), "b.wav: No such file or directory")
         self.assert_failed(self.annotations("copy", "b.wav", "a.wav"), "b.wav: No such file or directory")
-        self.assert_usage_error(self.annotations("copy", "a.wav"), "takes FROM and TO, 1 names are given")
+        self.assert_usage_error(self.annotations("copy", "a.wav"), "takes FROM and TO, 1 name is given\n",
+                                "Try 'murvane-audio annotations copy --help'.")
+        self.assert_usage_error(self.annotations("copy", "a.wav", "b.wav", "c.wav"), "3 names are given\n")
         self.assertEqual(self.files(), ["a.wav"])
 
 

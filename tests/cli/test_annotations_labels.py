@@ -50,7 +50,7 @@ class ImportAndExport(LabelTest):
         self.assert_usage_error(self.annotations("export", "a.wav", "-o", "l.lab"), "'l.lab' tells no format; " + formats)
         self.assert_usage_error(self.annotations("import", "a.wav", "l.lab"), "'l.lab' tells no format")
         self.assert_usage_error(self.annotations("import", "a.wav", "l", "--format", "xml"), "unknown format 'xml'")
-        self.assert_usage_error(self.annotations("import", "a.wav"), "takes FILE and LABELS, 1 names are given")
+        self.assert_usage_error(self.annotations("import", "a.wav"), "takes FILE and LABELS, 1 name is given")
         self.assertEqual(self.files(), ["a.wav"])
 
     def test_an_import_replaces_unless_it_appends(self):
@@ -62,8 +62,31 @@ class ImportAndExport(LabelTest):
                          output="a.wav: 1 removed, 0 added; 1 annotation; the old file is a.wav.bak\n")
         self.assertEqual(self.annotations_in("a.wav"), [B])
         self.assertEqual(self.annotations_in("a.wav.bak"), [A, B])
-        self.assert_told(self.annotations("import", "a.wav", "/dev/null", "--format", "audacity"))
-        self.assertEqual(self.read("a.wav"), riff(audio()))
+
+    def test_labels_that_were_never_written_replace_none(self):
+        self.write_annotated("a.wav", A, B)
+        before = self.read("a.wav")
+        self.write("l.txt", b"")
+        for name in ("l.txt", "/dev/null"):
+            for options in ([], ["--dry-run"]):
+                self.assert_failed(self.annotations("import", "a.wav", name, "--format", "audacity", *options),
+                                   f"a.wav: {name} is empty, which is no label file to replace 2 annotations by; "
+                                   "'murvane-audio annotations clear' removes them")
+        self.assertEqual(self.read("a.wav"), before)
+        self.assert_told(self.annotations("import", "a.wav", "l.txt", "--append"),
+                         output="a.wav: 0 removed, 0 added; 2 annotations\n")
+        self.assertEqual(self.read("a.wav"), before)
+
+    def test_labels_that_are_none_replace_all_with_a_warning(self):
+        for name, content in (("l.json", b"[]"), ("l.csv", b"start_s,stop_s,label\n"), ("l.txt", b"\n")):
+            self.write_annotated("a.wav", A)
+            self.write(name, content)
+            self.assert_told(self.annotations("import", "a.wav", name),
+                             f"a.wav: warning: {name} holds no annotations; 1 annotation replaced by none",
+                             output="a.wav: 1 removed, 0 added; 0 annotations\n")
+            self.assertEqual(self.read("a.wav"), riff(audio()))
+            self.assert_told(self.annotations("import", "a.wav", name),
+                             output="a.wav: 0 removed, 0 added; 0 annotations\n")
 
     def test_what_changed_is_told_whatever_the_order(self):
         def row(start, length, label):

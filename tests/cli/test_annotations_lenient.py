@@ -6,8 +6,10 @@ import unittest
 
 from wav_chunks import (AnnotationTest, adtl, audio, chunk, cue, labl, ltxt, point, riff, smpl)
 
-LENIENT_HINT = ("; 'murvane-audio annotations list --lenient' shows what can be saved of it, 'murvane-audio annotations "
-                "validate' tells all that is wrong")
+LOOK_HINT = ("; 'murvane-audio annotations list --lenient' shows what can be saved of it, {}'murvane-audio annotations "
+             "validate' tells all that is wrong")
+EDIT_HINT = LOOK_HINT.format("edits with --lenient, such as 'add --lenient', keep that, ")
+LOOK_HINT = LOOK_HINT.format("")
 MISFIT = "a.wav: its annotations do not fit together: "
 STEREO = "a.wav: only mono files can be annotated, this has 2 channels"
 
@@ -19,7 +21,7 @@ class Foreign(AnnotationTest):
         item, = json.loads(result.stdout)
         return [(a["start_sample"], a["stop_sample"], a["label"]) for a in item["annotations"]]
 
-    def assert_lenient(self, file, *expected, refusal=None):
+    def assert_lenient(self, file, *expected, refusal=None, hint=EDIT_HINT):
         """What lenient reading gives; None: strict reading gives the same, else it refuses like this."""
         self.write("a.wav", file)
         self.assertEqual(self.listed("--lenient"), list(expected))
@@ -30,7 +32,7 @@ class Foreign(AnnotationTest):
         for arguments in (("list", "a.wav"), ("export", "a.wav", "--format", "csv"),
                           ("add", "a.wav", "--label", "x", "--start", "0", "--stop", "1"), ("clear", "a.wav"),
                           ("copy", "a.wav", "a.wav"), ("append", "a.wav", "a.wav")):
-            self.assert_failed(self.annotations(*arguments), refusal + LENIENT_HINT)
+            self.assert_failed(self.annotations(*arguments), refusal + hint)
         self.assertEqual(self.read("a.wav"), before)
 
     def test_points_have_no_length(self):
@@ -121,7 +123,7 @@ class Foreign(AnnotationTest):
 
     def test_stereo_can_be_looked_at(self):
         self.assert_lenient(riff(audio(channels=2), cue(point(1, 100)), adtl(ltxt(1, 50), labl(1, b"x"))),
-                            (100, 150, "x"), refusal=STEREO)
+                            (100, 150, "x"), refusal=STEREO, hint=LOOK_HINT)
         self.assert_failed(self.annotations("clear", "a.wav", "--lenient"), STEREO)
 
     def test_without_a_rate_there_are_samples_only(self):
@@ -132,7 +134,13 @@ class Foreign(AnnotationTest):
         self.assertIn(b"a.wav: 0 Hz, 24000 samples, 1 annotation\n", self.annotations("list", "a.wav", "--lenient").stdout)
         self.assert_failed(self.annotations("export", "a.wav", "--lenient", "--format", "csv"),
                            "a.wav: its sample rate is 0, so its annotations have no times")
-        self.assert_failed(self.annotations("list", "a.wav"), "a.wav: its sample rate is 0" + LENIENT_HINT)
+        self.assert_failed(self.annotations("list", "a.wav"), "a.wav: its sample rate is 0" + LOOK_HINT)
+
+    def test_no_edit_is_advised_where_the_header_forbids_it(self):
+        self.write("a.wav", riff(cue(point(1, 100)), audio())[:-2])
+        self.assert_failed(self.annotations("add", "a.wav", "--label", "x", "--start", "0", "--stop", "1"),
+                           MISFIT + '1 cue point without a length ("ltxt" chunk), 1 cue point without a label ("labl" chunk)' +
+                           LOOK_HINT)
 
     def test_no_hint_where_there_is_nothing_to_save(self):
         self.write("a.wav", riff(audio(channels=2)))

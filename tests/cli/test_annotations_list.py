@@ -190,10 +190,11 @@ class List(AnnotationTest):
 
     def test_wrong_usage(self):
         self.assert_usage_error(self.annotations(), "no action given", "list, add, copy")
-        self.assert_usage_error(self.annotations("show"), "unknown action 'show'")
+        self.assert_usage_error(self.annotations("show"), "unknown action 'show'", "Try 'murvane-audio annotations --help'.")
         self.assert_usage_error(self.annotations("list"), "no file given")
         self.assert_usage_error(self.annotations("list", "a.wav", "--format", "xml"), "unknown format 'xml'")
-        self.assert_usage_error(self.annotations("list", "a.wav", "--bogus"), "--bogus")
+        self.assert_usage_error(self.annotations("list", "a.wav", "--bogus"), "--bogus",
+                                "Try 'murvane-audio annotations list --help'.")
 
     def test_help_of_all_actions(self):
         result = self.annotations("--help")

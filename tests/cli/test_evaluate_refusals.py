@@ -108,8 +108,8 @@ class BadInput(EvaluateTest):
         self.write("a.wav", riff(audio(), cue(point(1, 0))))
         self.assert_refused("a.wav", 'its annotations do not fit together: 1 cue point without a length ("ltxt" chunk), '
                                      '1 cue point without a label ("labl" chunk); \'murvane-audio annotations list '
-                                     "--lenient' shows what can be saved of it, 'murvane-audio annotations validate' "
-                                     "tells all that is wrong")
+                                     "--lenient' shows what can be saved of it, edits with --lenient, such as 'add "
+                                     "--lenient', keep that, 'murvane-audio annotations validate' tells all that is wrong")
         self.assert_done(self.evaluate("a.wav", "--channel", "c=1"))
 
     def test_the_size_of_a_stream_can_be_evaluated_but_not_annotated(self):
