@@ -1,5 +1,6 @@
-// A recording of an hour with few and many annotations: to list them, and to add one more. Beside it `cp` of the same
-// file. An edit is on disk when it returns, so the copy is flushed as well.
+// A recording of an hour with few and many annotations: to list them, and to add one more, by the library and by the
+// command, which is a process of its own. Beside it `cp` of the same file. An edit is on disk when it returns, so the
+// copy is flushed as well.
 
 #include "BenchAudio.h"
 #include "CommandRunner.h"
@@ -8,13 +9,17 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -107,14 +112,46 @@ struct Edit : Task {
     }
 };
 
+/// Runs the command, or `cp`, and keeps what it used.
+bool runAs(Task& task, const std::vector<std::string>& arguments) {
+    const CommandUsage usage = runCommand(arguments);
+    task.commandSeconds = usage.cpuSeconds;
+    return usage.status == 0;
+}
+
+struct CommandList : Task {
+    void prepare(const std::string&) override {}
+    bool run(const std::string& source) override {
+        return runAs(*this, {MURVANE_COMMAND, "annotations", "list", source});
+    }
+    // What it prints is discarded while it is measured.
+    bool check(const std::string& source, std::size_t count) override {
+        constexpr std::size_t header = 1;
+        runCommand({MURVANE_COMMAND, "annotations", "list", "--format", "csv", "--output", target, source});
+        std::ifstream is(target);
+        const auto lines = std::count(std::istreambuf_iterator<char>(is), {}, '\n');
+        return static_cast<std::size_t>(lines) == header + count;
+    }
+};
+
+/// It hides what stands in front of the annotations, and does not write it.
+struct CommandEdit : Edit {
+    bool run(const std::string&) override {
+        return runAs(*this, {MURVANE_COMMAND, "annotations", "add", target, "--label", "AM_440x480", "--start", "0.5",
+                             "--stop", "1.0"});
+    }
+    bool check(const std::string&, std::size_t count) override {
+        return countListed(target) == c_uiInFront + count + 1;
+    }
+};
+
 struct Copy : Task {
     // An edit makes a new file as well.
     void prepare(const std::string&) override { std::filesystem::remove(target); }
     bool run(const std::string& source) override {
-        const CommandUsage usage = runCommand({"/bin/cp", source, target});
-        commandSeconds = usage.cpuSeconds;
+        const bool isCopied = runAs(*this, {"/bin/cp", source, target});
         flushToDisk(target);
-        return usage.status == 0;
+        return isCopied;
     }
     bool check(const std::string& source, std::size_t) override {
         return std::filesystem::file_size(target) == std::filesystem::file_size(source);
@@ -157,6 +194,8 @@ void add(const std::string& name) {
 const bool registered = [] {
     add<List>("list");
     add<Edit>("edit");
+    add<CommandList>("command list");
+    add<CommandEdit>("command edit");
     add<Copy>("copy");
     return true;
 }();

@@ -154,20 +154,24 @@ def print_annotations(results):
     rows = []
     for count in counts:
         for name, counter in (("elapsed", ELAPSED), ("processor", PROCESSOR)):
-            listing, edit, copy = (milliseconds(task, count, counter) for task in ("list", "edit", "copy"))
-            figures = [f"{figure:.1f}" for figure in (listing, edit, copy)]
-            rows.append([f"{int(count):,}, {name}"] + figures + [f"{edit / copy:.2f}"])
+            tasks = ("list", "edit", "command list", "command edit", "copy")
+            figures = [milliseconds(task, count, counter) for task in tasks]
+            ratios = [figure / figures[-1] for figure in figures[1:-1]]
+            rows.append([f"{int(count):,}, {name}"] + [f"{figure:.1f}" for figure in figures]
+                        + [f"{ratio:.2f}" for ratio in ratios])
     print_table("An hour of audio with annotations, milliseconds; the copy is `cp` of the file, flushed to disk",
-                ["annotations, time", "list", "add one", "copy", "add / copy"], rows)
+                ["annotations, time", "list", "add one", "command lists", "command adds", "copy",
+                 "add / copy", "command lists / copy", "command adds / copy"], rows)
     print()
     for few, many in zip(counts, counts[1:]):
         costs = [
             1e6 * (milliseconds(task, many, PROCESSOR) - milliseconds(task, few, PROCESSOR)) / (int(many) - int(few))
-            for task in ("list", "edit")
+            for task in ("list", "edit", "command list", "command edit")
         ]
         print(
             f"Processor time of each annotation between {int(few):,} and {int(many):,}:"
-            f" {costs[0]:,.0f} ns to list, {costs[1]:,.0f} ns to add one more."
+            f" {costs[0]:,.0f} ns to list, {costs[1]:,.0f} ns to add one more;"
+            f" {costs[2]:,.0f} ns and {costs[3]:,.0f} ns by the command."
         )
 
 

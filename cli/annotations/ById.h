@@ -13,23 +13,22 @@ class ById {
 public:
     /// @param items  must outlive this, unchanged; less than 2^32 of them
     explicit ById(const std::vector<Item>& items) : m_items(items) {
+        std::uint64_t next = items.empty() ? 0 : items.front().id;
+        m_bIsCounted = std::all_of(items.begin(), items.end(), [&](const Item& item) { return item.id == next++; });
+        if (m_bIsCounted) {
+            return;
+        }
         m_vOrder.reserve(items.size());
         for (std::uint32_t i = 0; i < items.size(); ++i) {
             m_vOrder.push_back(i);
         }
-        const auto isLess = [&](std::uint32_t a, std::uint32_t b) { return items[a].id < items[b].id; };
-        if (!std::is_sorted(m_vOrder.begin(), m_vOrder.end(), isLess)) {
-            std::stable_sort(m_vOrder.begin(), m_vOrder.end(), isLess);
-        }
-        m_bIsDense = !items.empty();
-        for (std::size_t place = 0; m_bIsDense && place < items.size(); ++place) {
-            m_bIsDense = at(place).id == std::uint64_t{at(0).id} + place;
-        }
+        std::stable_sort(m_vOrder.begin(), m_vOrder.end(),
+                         [&](std::uint32_t a, std::uint32_t b) { return items[a].id < items[b].id; });
     }
 
     /// The first item with this identifier, in the order of the list; null if there is none.
     const Item* first(std::uint32_t id) const {
-        if (m_bIsDense) {
+        if (m_bIsCounted) {
             return only(id);
         }
         const auto place = std::lower_bound(m_vOrder.begin(), m_vOrder.end(), id,
@@ -39,7 +38,7 @@ public:
 
     /// The last item with this identifier: the one that counts.
     const Item* last(std::uint32_t id) const {
-        if (m_bIsDense) {
+        if (m_bIsCounted) {
             return only(id);
         }
         const auto place = std::upper_bound(m_vOrder.begin(), m_vOrder.end(), id,
@@ -51,16 +50,15 @@ public:
     bool isRepeated(const Item& item) const { return first(item.id) != &item; }
 
 private:
-    const Item& at(std::size_t place) const { return m_items[m_vOrder[place]]; }
-
     const Item* only(std::uint32_t id) const {
-        const std::size_t place = std::size_t{id} - at(0).id;  // wraps, far beyond the end, below the first
-        return place < m_vOrder.size() ? &at(place) : nullptr;
+        const bool isBefore = m_items.empty() || id < m_items.front().id;
+        const std::size_t place = isBefore ? m_items.size() : id - m_items.front().id;
+        return place < m_items.size() ? &m_items[place] : nullptr;
     }
 
     const std::vector<Item>& m_items;
-    std::vector<std::uint32_t> m_vOrder;  // places in the list, by identifier
-    bool m_bIsDense = false;              // 5, 6, 7 ..., each once: as most programs number, which needs no search
+    bool m_bIsCounted = false;            // 5, 6, 7 ... in the order of the list, as most programs write: no search
+    std::vector<std::uint32_t> m_vOrder;  // otherwise, places in the list, by identifier
 };
 
 }  // namespace Zantrix::Cli

@@ -23,6 +23,15 @@ constexpr std::size_t c_uiLoopCountAt = 28;
 constexpr std::size_t c_uiLoopsHeader = 36;
 constexpr std::size_t c_uiLoopSize = 24;
 
+/// To grow into the size of a large list would take three times its memory. Small ones, of which there may be a
+/// million, must not make the items move each time.
+template <typename Item>
+void makeRoom(std::vector<Item>& items, std::size_t more) {
+    if (more > items.size()) {
+        items.reserve(items.size() + more);
+    }
+}
+
 bool isAnnotationList(const IFF::Chunk& chunk) {
     return chunk.getList() != nullptr && chunk.getList()->getType() == IFF::ChunkId("adtl");
 }
@@ -80,6 +89,8 @@ void ChunkScan::visit(const IFF::ChunkList& list, const IFF::Chunk* owner) {
         if (chunk.getList() != nullptr && chunk.getId() != IFF::ChunkId("cue ")) {
             if (isAnnotationList(chunk)) {
                 lists.push_back(&chunk);
+                makeRoom(lengths, chunk.getList()->size() / 2);  // of an annotation, it holds a length and a label
+                makeRoom(labels, chunk.getList()->size() / 2);
             }
             visit(*chunk.getList(), &chunk);
         }
@@ -88,7 +99,7 @@ void ChunkScan::visit(const IFF::ChunkList& list, const IFF::Chunk* owner) {
 
 void ChunkScan::take(const IFF::Chunk& chunk, const IFF::Chunk* owner) {
     const IFF::ChunkId id = chunk.getId();
-    const std::uint64_t offset = chunk.getFileOffset();
+    const std::uint32_t offset = chunk.getFileOffset();
     if (id == IFF::ChunkId("fmt ")) {
         IFF::WavFmtChunk content;
         fmts.push_back(&chunk);
@@ -139,6 +150,7 @@ void ChunkScan::takePoints(const IFF::Chunk& cue) {
         return;  // without even a count; the parser has noted that
     }
     unusedCueBytes += cue.getList()->getTail().size();
+    makeRoom(points, cue.getList()->size());
     for (const IFF::Chunk& record : *cue.getList()) {
         IFF::WavCuePointChunk content;
         if (content.decode(record.getData(), record.getSize())) {

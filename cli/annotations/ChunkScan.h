@@ -16,13 +16,13 @@
 namespace Zantrix::Cli {
 
 struct ScannedCue {
-    std::uint64_t offset = 0;  ///< of the record
+    std::uint32_t offset = 0;  ///< of the record
     std::uint32_t id = 0;
     std::uint32_t sample = 0;
 };
 
 struct ScannedLength {
-    std::uint64_t offset = 0;  ///< of the "ltxt" chunk
+    std::uint32_t offset = 0;  ///< of the "ltxt" chunk
     std::uint32_t id = 0;
     std::uint32_t samples = 0;
     bool hasPurpose = false;   ///< another one than a region, or none
@@ -32,7 +32,7 @@ struct ScannedLength {
 
 /// A "labl" or a "note".
 struct ScannedText {
-    std::uint64_t offset = 0;
+    std::uint32_t offset = 0;
     std::uint32_t id = 0;
     std::string_view text;  ///< up to its terminator
     bool isTerminated = false;
