@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 namespace Zantrix::Audio {
@@ -18,19 +19,19 @@ namespace {
 [[maybe_unused]] const AnnotationBuilder& g_builder = AnnotationBuilder::getInstance();
 
 // Once for all labels. An invalid expression is no matter of the registration: every label that meets it reports it.
-std::optional<BoostRegex> compiled(const char* expression) {
+std::shared_ptr<const BoostRegex> compiled(const char* expression) {
     try {
-        return BoostRegex(expression);
+        return std::make_shared<const BoostRegex>(expression);
     } catch (const std::runtime_error&) {
-        return {};
+        return nullptr;
     }
 }
 
 // False when the expression is invalid or takes unreasonably long.
-bool match(const std::optional<BoostRegex>& regex, const std::string& label, bool& isMatch) {
+bool match(const BoostRegex* pRegex, const std::string& label, bool& isMatch) {
     try {
-        isMatch = regex.has_value() && regex->matches(label);
-        return regex.has_value();
+        isMatch = pRegex != nullptr && pRegex->matches(label);
+        return pRegex != nullptr;
     } catch (const std::runtime_error&) {
         return false;
     }
@@ -75,8 +76,9 @@ bool AnnotationBuilder::registerPrototype(const Annotation& prototype) {
                                "Failed to register prototype of annotation: ", typeName);
         return false;
     }
-    std::optional<BoostRegex> regex = compiled(pClone->getRegex());
-    m_vPrototypes.push_back({typeName, std::move(pClone), std::move(regex)});
+    std::shared_ptr<const BoostRegex> pRegex = compiled(pClone->getRegex());
+    static_assert(std::is_nothrow_move_constructible_v<Entry>, "or a list that grows would clone its prototypes");
+    m_vPrototypes.push_back({typeName, std::move(pClone), std::move(pRegex)});
     return true;
 }
 
@@ -107,7 +109,7 @@ bool AnnotationBuilder::findPrototype(const std::string& label, const Annotation
             continue;
         }
         bool isMatch = false;
-        if (!match(entry.regex, label, isMatch)) {
+        if (!match(entry.pRegex.get(), label, isMatch)) {
             annotationLogger().log(LogLevel::Error, c_szAnnotationSource, __LINE__,
                                    "Unexpected std::runtime exception caught in -annotation with regex: \"",
                                    entry.typeName, '"');

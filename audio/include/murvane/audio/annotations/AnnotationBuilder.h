@@ -4,7 +4,7 @@
 #include <murvane/core/BoostRegex.h>
 #include <murvane/core/CloneableObjPtr.h>
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -45,7 +45,7 @@ private:
     struct Entry {
         std::string typeName;
         CloneableObjPtr<Annotation> pPrototype;
-        std::optional<BoostRegex> regex;  // none: its expression is invalid
+        std::shared_ptr<const BoostRegex> pRegex;  // null: its expression is invalid
     };
 
     bool findPrototype(const std::string& label, const Annotation*& pPrototype) const;

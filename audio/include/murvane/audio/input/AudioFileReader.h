@@ -21,8 +21,9 @@ namespace Zantrix::Audio {
 ///     closed --setSourceAudioFile--> open --getNextLinearFrames--> ... --> at end
 ///                                     ^-- gotoStart, gotoAudioTime --------'
 ///
-/// An open, or a rewind that opens anew, leaves the reader closed when it fails. Sampling rate, time and clipping value
-/// are then those of an earlier file or of the one refused, and mean nothing.
+/// An open or a rewind that fails leaves the reader closed, and so does anything that starts chunks for which there is
+/// no memory. Sampling rate, time and clipping value are then those of an earlier file or of the one refused, and mean
+/// nothing.
 ///
 /// Copies share the open file and its position: read through one of them only. The last one closes it. A reader
 /// belongs to one thread.
