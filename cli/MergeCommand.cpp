@@ -40,6 +40,7 @@ void protectFiles(const std::vector<std::string>& parts, const std::string& path
         outputs.refuseToReplace(part);
         outputs.refuseToReplace(manifestPathOf(part));
     }
+    outputs.refuseToReplaceAudio();
 }
 
 bool write(const TableParts& parts, const std::string& path, Diagnostics& diagnostics) {

@@ -200,6 +200,7 @@ void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string
     OutputPlaces outputs;
     outputs.add(output);
     std::for_each(inputs.begin(), inputs.end(), [&](const std::string& input) { outputs.refuseToReplace(input); });
+    outputs.refuseToReplaceAudio();
 }
 
 }  // namespace Zantrix::Cli

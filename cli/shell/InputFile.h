@@ -78,10 +78,10 @@ bool checkNotEmpty(const std::string& path, Diagnostics& diagnostics);
 /// The bytes of a file; 0 for what is not a regular file.
 std::uint64_t fileBytes(const std::string& path);
 
-/// Makes sure that an output replaces none of the inputs.
+/// Makes sure that an output, which is no audio, replaces none of the inputs, and no other recording.
 ///
 /// @param output  its path; "" is standard output
-/// @throw UsageError naming both
+/// @throw UsageError naming what would be replaced
 void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& output);
 
 }  // namespace Zantrix::Cli

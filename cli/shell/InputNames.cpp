@@ -209,6 +209,7 @@ void InputNames::refuseToOverwrite(const OutputPlaces& outputs) const {
     for (std::size_t i = 0; i < size(); ++i) {
         outputs.refuseToReplace(findQuietly(i).value_or(""));
     }
+    outputs.refuseToReplaceAudio();
 }
 
 void InputNames::refuseToOverwrite(const std::vector<std::string>& outputs) const {

@@ -83,9 +83,10 @@ public:
     /// The same without a message.
     std::optional<std::string> findQuietly(std::size_t index) const;
 
-    /// Makes sure that no output replaces an input or the list that names it. Each input is looked up once.
+    /// Makes sure that no output replaces an input or the list that names it, each of which is looked up once, and none
+    /// of the run itself any other recording.
     ///
-    /// @throw UsageError  naming the input
+    /// @throw UsageError  naming what would be replaced
     void refuseToOverwrite(const OutputPlaces& outputs) const;
 
     /// The same of outputs that have nothing to do with inputs, and which must differ from each other.

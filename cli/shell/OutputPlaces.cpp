@@ -1,6 +1,7 @@
 #include "shell/OutputPlaces.h"
 
 #include "Command.h"
+#include "shell/AudioKind.h"
 
 #include <filesystem>
 #include <sys/stat.h>
@@ -11,6 +12,7 @@ namespace Zantrix::Cli {
 void OutputPlaces::add(const std::string& path) {
     if (!path.empty()) {
         add({path}, runItself);
+        m_ofRun.push_back(path);
     }
 }
 
@@ -50,6 +52,15 @@ void OutputPlaces::refuseToReplace(const std::string& input) const {
     }
     if (const auto found = m_files.find({status.st_dev, status.st_ino}); found != m_files.end()) {
         throw UsageError("the output " + found->second + " would replace the input " + input);
+    }
+}
+
+void OutputPlaces::refuseToReplaceAudio() const {
+    for (const std::string& output : m_ofRun) {
+        if (const char* kind = audioKindOfFile(output)) {
+            throw UsageError("the output " + output + " would replace a recording: that file begins like " + kind +
+                             " audio; remove it first if that is meant");
+        }
     }
 }
 

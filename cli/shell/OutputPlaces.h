@@ -14,7 +14,7 @@ namespace Zantrix::Cli {
 /// Where the files that a run writes will go: no two of them to one place, and none to that of a file that is read.
 /// A place is a folder, whatever it is called, and a name in it, links followed; names of one file that is there are
 /// places of their own, as the file is replaced, not written to. Devices and pipes hold nothing that could be lost,
-/// and do not count.
+/// and do not count. Nor does a table, a list or the like go where a recording is: nobody means that.
 class OutputPlaces {
 public:
     /// Whose an output is that belongs to no input.
@@ -46,6 +46,12 @@ public:
     /// @throw UsageError  naming both
     void refuseToReplace(const std::string& input) const;
 
+    /// Makes sure that no output of the run itself replaces a recording. To be called behind `refuseToReplace`, as that
+    /// says more of a recording that is read.
+    ///
+    /// @throw UsageError  naming it
+    void refuseToReplaceAudio() const;
+
 private:
     struct FileId {
         std::uint64_t device = 0;
@@ -64,6 +70,7 @@ private:
 
     std::unordered_map<std::string, std::size_t> m_owners;  // of places
     std::map<FileId, std::string> m_files;                  // that would be replaced, and by which output
+    std::vector<std::string> m_ofRun;                       // outputs of the run itself
     std::string m_strFolder;                                // looked at last, as all outputs may go to one
     FileId m_folder;
 };
