@@ -10,8 +10,8 @@ namespace {
 
 int process(const BatchOptions& options, InputNames& inputs, FailureList& failures, Diagnostics& diagnostics,
             bool resultsOnScreen, const RunInputs& runInputs) {
-    for (const std::string& list : inputs.unreadable()) {
-        failures.add(list, "cannot be read");
+    for (const InputNames::Unreadable& unreadable : inputs.unreadable()) {
+        failures.add(unreadable.list, unreadable.why);
     }
     if (inputs.isEmpty()) {
         diagnostics.error(Interrupt::requested() ? "interrupted" : "no file to process");

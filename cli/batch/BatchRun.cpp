@@ -94,7 +94,7 @@ void BatchRun::finish(std::size_t input, Delivery* pDelivery) {
     m_bAllDone = m_bAllDone && outcome == Outcome::Done;
     if (outcome == Outcome::InputFailed) {
         const std::string& why = m_diagnostics.input().why;
-        const std::string name = m_inputs.given(input);
+        const std::string name = m_inputs.name(input);
         m_failures.add(name, why.empty() ? "not told at this log level" : why);
         outcome = onFailed && !onFailed(name) ? Outcome::OutputFailed : outcome;
     }

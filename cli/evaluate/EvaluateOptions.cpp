@@ -120,12 +120,6 @@ std::string outputPath(const std::string& folder, const std::string& file, const
     return (std::filesystem::path(folder) / (OS::stripPathAndExtension(file) + '.' + suffix + ".wav")).string();
 }
 
-// What its outputs are named after: a carriage return may be the end of the line instead of the name's.
-std::string nameOf(const InputNames& inputs, std::size_t input) {
-    std::string given = inputs.given(input);
-    return given.ends_with('\r') ? inputs.findQuietly(input).value_or(given) : given;
-}
-
 }  // namespace
 
 std::string EvaluateOptions::curvesPath(const std::string& file) const {
@@ -174,7 +168,7 @@ void protectFiles(const EvaluateOptions& options, InputNames& inputs) {
     OutputPlaces outputs;
     outputs.add(options.batch.failures);
     for (std::size_t i = 0; i < inputs.size(); ++i) {
-        const std::string file = nameOf(inputs, i);
+        const std::string file = inputs.name(i);
         std::vector<std::string> paths = {options.curvesPath(file)};
         if (options.annotateMs) {
             paths.push_back(options.annotatedPath(file));
@@ -182,7 +176,7 @@ void protectFiles(const EvaluateOptions& options, InputNames& inputs) {
         if (const auto taken = outputs.add(paths, i)) {
             inputs.refuse(i, taken->owner == i ? "two of its outputs would go to " + taken->path
                                                : "its output " + taken->path + " is that of " +
-                                                     nameOf(inputs, taken->owner) + ", which stands before it");
+                                                     inputs.name(taken->owner) + ", which stands before it");
         }
     }
     outputs.refuseToReplace(options.log.config);

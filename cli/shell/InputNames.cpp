@@ -1,6 +1,7 @@
 #include "shell/InputNames.h"
 
 #include "Command.h"
+#include "shell/AudioKind.h"
 #include "shell/Digest.h"
 #include "shell/Interrupt.h"
 
@@ -10,11 +11,13 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace po = boost::program_options;
 
@@ -28,6 +31,9 @@ constexpr std::size_t c_uiBlockSize = std::size_t(1) << 20;
 
 // Longer lines are not names of files but something else, which need not be in memory to be told so.
 constexpr std::size_t c_uiMaxLength = std::size_t(2) * PATH_MAX;
+
+// Some editors write it in front of a text.
+constexpr std::string_view c_strByteOrderMark = "\xef\xbb\xbf";
 
 // Cuts what comes in pieces of any size into lines.
 template <typename Take>
@@ -45,6 +51,9 @@ public:
     }
 
     void finish() {
+        if (std::exchange(m_bIsFirst, false) && m_strLine.starts_with(c_strByteOrderMark)) {
+            m_strLine.erase(0, c_strByteOrderMark.size());
+        }
         if (!m_strLine.empty() && m_strLine[0] != '#' && m_strLine != "\r") {
             m_take(m_strLine);
         }
@@ -56,10 +65,28 @@ private:
 
     Take m_take;
     std::string m_strLine;
+    bool m_bIsFirst = true;
 };
 
-bool isFile(const std::string& name) {
+bool isThere(const std::string& name) {
     return ::access(name.c_str(), F_OK) == 0;
+}
+
+// Where an entry of an audio set leads that is there, though it is no file that can be read: what is wrong with it is
+// then told as of any other input.
+std::optional<std::string> findOther(const std::string& audioSet, const std::string& entry) {
+    std::vector<std::filesystem::path> folders = {std::filesystem::path(audioSet).parent_path()};
+    if (const char* dataFolder = std::getenv("ZANTRIX_CPA_DATA")) {
+        folders.emplace_back(dataFolder);
+    }
+    for (const std::filesystem::path& folder : folders) {
+        std::error_code error;
+        const std::filesystem::path place = std::filesystem::canonical(folder / entry, error);
+        if (!error) {
+            return place.string();
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -102,47 +129,66 @@ void InputNames::add(std::string_view name) {
     m_blocks.back() += name;
 }
 
-// False, with errno set and nothing added, when reading fails: half a list is none.
-bool InputNames::addLines(int descriptor) {
+// Why nothing was added, if so: half a list is none.
+std::optional<std::string> InputNames::addLines(int descriptor, const std::function<bool(const std::string&)>& isFile) {
     const std::size_t before = size();
-    LineCutter lines([this](std::string_view line) { add(line); });
+    LineCutter lines([&](std::string_view line) {
+        const bool mayEnd = line.ends_with('\r') && !isFile(std::string(line));
+        add(mayEnd ? line.substr(0, line.size() - 1) : line);
+    });
     std::array<char, 65536> piece{};
     ssize_t count = 0;
+    bool isFirst = true;
     do {
         count = ::read(descriptor, piece.data(), piece.size());
-        lines.add({piece.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))});
+        const std::string_view bytes(piece.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (const char* kind = std::exchange(isFirst, false) ? audioKindOf(bytes) : nullptr) {
+            return std::string("holds ") + kind + " audio instead of names";
+        }
+        lines.add(bytes);
     } while (!Interrupt::requested() && (count > 0 || (count < 0 && errno == EINTR)));
     lines.finish();
     if (count < 0) {
         m_names.resize(before);
+        return std::string("cannot be read: ") + std::strerror(errno);
     }
-    return count >= 0;
+    return std::nullopt;
 }
 
 bool InputNames::addStandardInput(Diagnostics& diagnostics) {
-    m_uiLines = size();
-    const bool isRead = addLines(STDIN_FILENO);
-    if (!isRead) {
-        diagnostics.error(std::string("cannot read names from standard input: ") + std::strerror(errno));
-        m_unreadable.emplace_back(c_szStandardInput);
+    const auto problem = addLines(STDIN_FILENO, isThere);
+    if (problem) {
+        diagnostics.error("standard input: " + *problem);
+        m_unreadable.push_back({c_szStandardInput, *problem});
     }
-    m_uiLinesEnd = size();
-    return isRead;
+    return !problem;
 }
 
 bool InputNames::addAudioSet(Diagnostics& diagnostics) {
+    const std::size_t before = size();
     const int descriptor = ::open(m_strAudioSet.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool isRead = descriptor >= 0 && addLines(descriptor);
+    std::optional<std::string> problem = std::string("cannot be read: ") + std::strerror(errno);
     if (descriptor >= 0) {
+        problem = addLines(descriptor, [this](const std::string& name) {
+            const QuietLog quiet;
+            return findEntry(name).has_value();
+        });
         ::close(descriptor);
     }
-    if (!isRead) {
-        m_unreadable.push_back(m_strAudioSet);
-        diagnostics.beginInput(m_strAudioSet);
-        Audio::AudioSetParser().setAudioSetFilename(m_strAudioSet.c_str());  // has the words for this
-        diagnostics.endInput();
+    for (std::size_t i = before; !problem && i < size(); ++i) {
+        if (at(i).find('\0') != std::string_view::npos) {
+            problem = "holds zero bytes, which no name has";
+        }
     }
-    return isRead;
+    if (problem) {
+        m_names.resize(before);
+        diagnostics.beginInput(m_strAudioSet);
+        diagnostics.error(*problem);
+        diagnostics.endInput();
+        m_unreadable.push_back({m_strAudioSet, *std::move(problem)});
+        return false;
+    }
+    return true;
 }
 
 ListIdentity InputNames::identity() const {
@@ -164,9 +210,7 @@ ListIdentity InputNames::identity() const {
 void InputNames::keep(std::size_t first, std::size_t end) {
     m_names.erase(m_names.begin() + static_cast<std::ptrdiff_t>(end), m_names.end());
     m_names.erase(m_names.begin(), m_names.begin() + static_cast<std::ptrdiff_t>(first));
-    for (std::size_t* pPosition : {&m_uiLines, &m_uiLinesEnd, &m_uiAudioSet}) {
-        *pPosition = std::clamp(*pPosition, first, end) - first;
-    }
+    m_uiAudioSet = std::clamp(m_uiAudioSet, first, end) - first;
     std::map<std::size_t, std::string> refused;
     for (auto item = m_refused.lower_bound(first); item != m_refused.end() && item->first < end; ++item) {
         refused.emplace_hint(refused.end(), item->first - first, std::move(item->second));
@@ -193,12 +237,16 @@ std::optional<std::string> InputNames::find(std::size_t index, Diagnostics& diag
         diagnostics.error("a name with a zero byte leads to no file");
         return std::nullopt;
     }
-    return find(index, name);
+    return find(index);
 }
 
 std::optional<std::string> InputNames::findQuietly(std::size_t index) const {
     const QuietLog quiet;
-    return find(index, given(index));
+    return find(index);
+}
+
+std::string InputNames::name(std::size_t index) const {
+    return findQuietly(index).value_or(given(index));
 }
 
 void InputNames::refuseToOverwrite(const OutputPlaces& outputs) const {
@@ -223,13 +271,10 @@ const std::string* InputNames::refusal(std::size_t index) const {
     return found == m_refused.end() ? nullptr : &found->second;
 }
 
-std::optional<std::string> InputNames::find(std::size_t index, const std::string& name) const {
-    const bool isLine = index >= m_uiLines && index < m_uiLinesEnd;
+std::optional<std::string> InputNames::find(std::size_t index) const {
+    const std::string name = given(index);
     if (index < m_uiAudioSet) {
-        return isLine && name.back() == '\r' && !isFile(name) ? name.substr(0, name.size() - 1) : name;
-    }
-    if (name.back() != '\r') {
-        return findEntry(name);
+        return name;
     }
     {
         const QuietLog quiet;
@@ -237,7 +282,8 @@ std::optional<std::string> InputNames::find(std::size_t index, const std::string
             return file;
         }
     }
-    return findEntry(name.substr(0, name.size() - 1));
+    auto other = findOther(m_strAudioSet, name);
+    return other ? other : findEntry(name);  // which now tells why there is none
 }
 
 std::optional<std::string> InputNames::findEntry(const std::string& name) const {

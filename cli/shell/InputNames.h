@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -52,7 +53,8 @@ struct ListIdentity {
 /// entries of the audio set. However many there are, they take little more room than their text.
 ///
 /// On standard input and in an audio set each line is a name; empty lines and those that begin with "#" are skipped.
-/// Nothing is trimmed, but a carriage return at the end of a line is ignored unless a file is called like that.
+/// Nothing is trimmed, but a carriage return at the end of a line is ignored unless a file is called like that, and so
+/// is a byte order mark at the start. What begins like audio is no list, nor is an audio set with zero bytes.
 class InputNames {
 public:
     /// Reads all names.
@@ -74,6 +76,10 @@ public:
 
     /// Whom messages about an input are about before its file is found: the list that it stands in, or itself.
     std::string teller(std::size_t index) const;
+
+    /// What an input is called in lists of what became of it: as in messages and tables, its file, or, when there is
+    /// none, as it was given.
+    std::string name(std::size_t index) const;
 
     /// The file of an input. Any number of threads may ask.
     ///
@@ -98,8 +104,13 @@ public:
     /// What `refuse` said; null for an input that may be worked on.
     const std::string* refusal(std::size_t index) const;
 
-    /// Lists that could not be read, for the list of failures.
-    const std::vector<std::string>& unreadable() const { return m_unreadable; }
+    /// A list of which nothing is there, and why.
+    struct Unreadable {
+        std::string list;
+        std::string why;
+    };
+
+    const std::vector<Unreadable>& unreadable() const { return m_unreadable; }
 
 private:
     struct Name {
@@ -109,20 +120,18 @@ private:
     };
 
     void add(std::string_view name);
-    bool addLines(int descriptor);
+    std::optional<std::string> addLines(int descriptor, const std::function<bool(const std::string&)>& isFile);
     bool addStandardInput(Diagnostics& diagnostics);
     bool addAudioSet(Diagnostics& diagnostics);
     std::string_view at(std::size_t index) const;
-    std::optional<std::string> find(std::size_t index, const std::string& name) const;
+    std::optional<std::string> find(std::size_t index) const;
     std::optional<std::string> findEntry(const std::string& name) const;
 
     std::deque<std::string> m_blocks;
     std::deque<Name> m_names;
-    std::size_t m_uiLines = 0;     // the first name from standard input
-    std::size_t m_uiLinesEnd = 0;  // behind the last one
     std::size_t m_uiAudioSet = 0;  // the first entry of the audio set
     std::string m_strAudioSet;
-    std::vector<std::string> m_unreadable;
+    std::vector<Unreadable> m_unreadable;
     std::map<std::size_t, std::string> m_refused;
 };
 

@@ -49,10 +49,53 @@ class AudioSet(CommandTest):
                                    "File will be skipped.")
         self.assertEqual(self.names(result), [self.set_path("b.wav"), self.set_path("c.wav")])
 
+    def test_the_working_directory_is_no_place_to_look_for_a_name(self):
+        self.write("set/list.txt", b"a.wav\n")
+        environment = {key: value for key, value in os.environ.items() if key != "ZANTRIX_CPA_DATA"}
+        self.assert_failed(self.features("--audioset", "set/list.txt", "--feature", "MEAN", env=environment),
+                           "set/list.txt: Could not open  file a.wav (relative path detected). File will be skipped.")
+
     def test_a_list_that_cannot_be_read_fails_and_the_files_are_done(self):
         result = self.features("a.wav", "--audioset", "none.txt", "--feature", "MEAN")
-        self.assert_failed(result, "none.txt: Could not open file none.txt containing file set to parse")
+        self.assert_failed(result, "none.txt: cannot be read: No such file or directory")
         self.assertEqual(self.names(result), ["a.wav"])
+
+    def test_what_is_no_list_is_told_in_one_line_and_the_files_are_done(self):
+        self.write("set/zero.txt", b"b.wav\nc.wav\0d.wav\n")
+        self.write_wav("set/tone.wav", 4000)
+        for name, why in (("set/tone.wav", "holds RIFF audio instead of names"),
+                          ("set/zero.txt", "holds zero bytes, which no name has")):
+            result = self.features("a.wav", "--audioset", name, "--feature", "MEAN", "--failures", "f.txt")
+            self.assert_failed(result, f"{name}: {why}")
+            self.assertEqual(self.names(result), ["a.wav"])
+            self.assertEqual(self.read("f.txt").decode(), f"{name}\t{why}\n")
+
+    def test_a_byte_order_mark_is_no_part_of_the_first_name(self):
+        for content in (b"\xef\xbb\xbfb.wav\nc.wav\n", b"\xef\xbb\xbf# tones\r\nb.wav\r\nc.wav\r\n",
+                        b"\xef\xbb\xbf\nb.wav\nc.wav"):
+            self.write("set/list.txt", content)
+            result = self.features("--audioset", "set/list.txt", "--feature", "MEAN")
+            self.assert_done(result)
+            self.assertEqual(self.names(result), [self.set_path("b.wav"), self.set_path("c.wav")])
+
+    def test_what_is_there_but_no_recording_is_called_the_same_everywhere(self):
+        os.mkdir(self.path("set/folder"))
+        os.mkdir(self.path("data"))
+        os.mkdir(self.path("data/other"))
+        self.write("set/noise.wav", b"This is not a recording.\n" * 10)
+        self.write("set/list.txt", b"folder\r\nnone.wav\r\nother\r\nnoise.wav\r\n" + os.fsencode(self.folder) + b"\n")
+        result = self.features("--audioset", "set/list.txt", "--feature", "MEAN", "--failures", "f.txt",
+                               env=os.environ | {"ZANTRIX_CPA_DATA": os.fsdecode(self.path("data"))})
+        lines = [line.split("\t") for line in self.read("f.txt").decode().splitlines()]
+        other = os.path.realpath(self.path("data/other")).decode()
+        self.assertEqual([name for name, why in lines],
+                         [self.set_path("folder"), "none.wav", other, self.set_path("noise.wav"),
+                          os.path.realpath(self.folder)])
+        self.assertEqual([why for name, why in lines if "noise" not in name],
+                         ["is a directory", "Could not open  file none.wav (relative path detected). File will be "
+                          "skipped.", "is a directory", "is a directory"])
+        told = [f"{'set/list.txt' if name == 'none.wav' else name}: {why}" for name, why in lines]
+        self.assert_failed(result, *told)
 
     def test_a_list_of_nothing_fails_and_makes_no_output(self):
         self.write("set/list.txt", b"# nothing\n")

@@ -71,6 +71,13 @@ class ManyFiles(EvaluateTest):
         self.assert_done(result)
         self.assertEqual(sorted(self.outputs()), [f"call {i}.prob.wav" for i in range(4)])
 
+    def test_links_in_a_list_that_lead_to_one_recording_have_one_output(self):
+        os.symlink(self.names[0], self.path("link.wav"))
+        self.write("list.txt", os.fsencode(self.names[0]) + b"\nlink.wav\n")
+        result = self.evaluate("--audioset", "list.txt", *CHANNELS)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b", which stands before it", result.stderr)
+
     def test_failures_are_listed(self):
         self.write("call 1.wav", b"no audio")
         result = self.evaluate(*self.names[:3], "gone.wav", *CHANNELS, "--failures", "failed.txt")

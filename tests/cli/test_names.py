@@ -103,17 +103,25 @@ class StandardInput(NamesTest):
         self.addCleanup(os.close, folder)
         result = subprocess.run([PROGRAM, "features", "a.wav", "-", "--feature", "MEAN", "--failures", "f.txt"],
                                 cwd=self.folder, stdin=folder, capture_output=True, timeout=60)
-        self.assertEqual(self.names(result, "cannot read names from standard input: Is a directory"), ["a.wav"])
-        self.assertEqual(self.read("f.txt"), b"-\tcannot be read\n")
+        self.assertEqual(self.names(result, "standard input: cannot be read: Is a directory"), ["a.wav"])
+        self.assertEqual(self.read("f.txt"), b"-\tcannot be read: Is a directory\n")
 
-    def test_failures_have_the_name_as_it_was_given(self):
+    def test_failures_have_the_name_that_messages_have(self):
         self.features_of(b"none.wav\r\n./calls\n", "--failures", "f.txt")
-        self.assertEqual(self.read("f.txt"), b"none.wav\\r\tNo such file or directory\n./calls\tis a directory\n")
+        self.assertEqual(self.read("f.txt"), b"none.wav\tNo such file or directory\n./calls\tis a directory\n")
 
     def test_no_output_replaces_a_file_that_is_named_there(self):
         content = self.read("a.wav")
         self.assert_usage_error(self.features_of(b"calls/b.wav\n./a.wav\n", "-o", "a.wav"), "would replace", "./a.wav")
         self.assertEqual(self.read("a.wav"), content)
+
+    def test_audio_is_no_list_of_names(self):
+        result = self.features_of(self.read("a.wav"), "a.wav", "--failures", "f.txt")
+        self.assertEqual(self.names(result, "standard input: holds RIFF audio instead of names"), ["a.wav"])
+        self.assertEqual(self.read("f.txt"), b"-\tholds RIFF audio instead of names\n")
+
+    def test_a_byte_order_mark_is_no_part_of_the_first_name(self):
+        self.assertEqual(self.names(self.features_of(b"\xef\xbb\xbfa.wav\n")), ["a.wav"])
 
     def test_an_endless_line_takes_no_memory(self):
         with open("/dev/zero", "rb") as zeros:
@@ -148,8 +156,7 @@ class Lists(NamesTest):
         name = b"caf\xe9 \xe2\x82\xac.wav"
         self.write_wav(b"calls/" + name, 512)
         result = self.features_of(self.path("a.wav") + b"\n" + name + b"\nfolder\nb.wav\nb.wav\n")
-        self.assertEqual(self.names(result, "calls/list.txt: Could not open  file folder (relative path detected). "
-                                    "File will be skipped."),
+        self.assertEqual(self.names(result, self.resolved("folder")[0] + ": is a directory"),
                          [os.path.join(self.folder, "a.wav"),
                           *self.resolved(name.decode("utf-8", "surrogateescape"), "b.wav", "b.wav")])
 
@@ -158,11 +165,11 @@ class Lists(NamesTest):
         self.assertEqual(self.read("f.txt"), b"none.wav\tCould not open  file none.wav (relative path detected). File "
                                              b"will be skipped.\n")
         self.features("a.wav", "--audioset", "none.txt", "--feature", "MEAN", "--failures", "f.txt")
-        self.assertEqual(self.read("f.txt"), b"none.txt\tcannot be read\n")
+        self.assertEqual(self.read("f.txt"), b"none.txt\tcannot be read: No such file or directory\n")
 
     def test_a_folder_is_no_list(self):
         self.assert_failed(self.features("a.wav", "--audioset", "calls", "--feature", "MEAN"),
-                           "calls: Could not open file calls containing file set to parse")
+                           "calls: cannot be read: Is a directory")
 
     def test_messages_come_in_the_order_of_the_list_whatever_the_number_of_jobs(self):
         content = b"".join(b"none-%d.wav\nb.wav\n" % i for i in range(50))
@@ -191,7 +198,7 @@ class Info(NamesTest):
                                    "be skipped.")
         self.assertEqual(len(self.objects(result)), 1)
         self.assert_failed(self.run_here("info", "a.wav", "--audioset", "none.txt"),
-                           "none.txt: Could not open file none.txt containing file set to parse")
+                           "none.txt: cannot be read: No such file or directory")
 
     def test_no_name_is_no_file(self):
         self.assert_failed(self.run_with(b"\n", "info", "-"), "no file to process")
