@@ -8,6 +8,7 @@
 #include "features/FeaturesConfig.h"
 #include "features/FeaturesOptions.h"
 #include "shell/InputNames.h"
+#include "shell/Output.h"
 #include "shell/SmallFile.h"
 
 #include <memory>
@@ -142,6 +143,9 @@ int runFeatures(const std::vector<std::string>& arguments) {
     }
     if (std::vector<Column> columns = collectColumns(given); !columns.empty()) {
         options.columns = std::move(columns);
+    }
+    if (options.path == c_szStandardOutput) {
+        options.path.clear();
     }
     checkOptions(options, featureNames);
     Diagnostics diagnostics(options.log);

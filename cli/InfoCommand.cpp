@@ -156,7 +156,7 @@ int runInfo(const std::vector<std::string>& arguments) {
     options.add_options()                                                                            //
         ("format", po::value(&formatName)->value_name("FORMAT"), "text (the default), csv or json")  //
         ("output,o", po::value(&path)->value_name("PATH"),
-         "write to this file, which appears only when it is complete, instead of standard output");
+         "write to this file, which appears only when it is complete, instead of standard output (which is also '-')");
     addCommonOptions(options, log);
     InputArguments inputArguments;
     addInputOptions(options, inputArguments);
@@ -167,6 +167,9 @@ int runInfo(const std::vector<std::string>& arguments) {
         return AllDone;
     }
     const Format& format = findFormat(formatName);
+    if (path == c_szStandardOutput) {
+        path.clear();
+    }
     if (inputArguments.isEmpty()) {
         throw UsageError("no file given");
     }

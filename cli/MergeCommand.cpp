@@ -89,6 +89,9 @@ int runMerge(const std::vector<std::string>& arguments) {
     if (path.empty()) {
         throw UsageError("merge needs --output PATH");
     }
+    if (path == c_szStandardOutput) {
+        throw UsageError("merge needs a file for its output; './-' is one called '-'");
+    }
     protectFiles(paths, path, log);
     Diagnostics diagnostics(log);
     try {

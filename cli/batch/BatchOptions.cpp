@@ -2,6 +2,7 @@
 
 #include "Command.h"
 #include "batch/Crew.h"
+#include "shell/Output.h"
 
 #include <string>
 
@@ -20,6 +21,12 @@ void checkJobs(std::int64_t jobs) {
     }
 }
 
+void checkFailures(const std::string& path) {
+    if (path == c_szStandardOutput) {
+        throw UsageError("--failures needs a file; './-' is one called '-'");
+    }
+}
+
 }  // namespace
 
 unsigned BatchOptions::threads() const {
@@ -30,7 +37,7 @@ void addBatchOptions(po::options_description& description, BatchOptions& options
     description.add_options()  //
         ("jobs,j", po::value(&options.jobs)->value_name("N")->notifier(&checkJobs),
          "use so many threads (default: one for each processor); the output is the same")  //
-        ("failures", po::value(&options.failures)->value_name("FILE"),
+        ("failures", po::value(&options.failures)->value_name("FILE")->notifier(&checkFailures),
          "write a line for each input that failed: its name, a tab and why; an empty file when none did")  //
         ("shard", po::value<std::string>()->value_name("I/N")->notifier([&options](const std::string& text) {
             options.shard = parseShard(text);

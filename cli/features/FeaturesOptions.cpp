@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "features/ComputerArchive.h"
 #include "features/ManifestReader.h"
+#include "shell/Output.h"
 #include "shell/OutputPlaces.h"
 
 #include <algorithm>
@@ -35,6 +36,10 @@ void checkOutputs(const FeaturesOptions& options) {
     if (options.format == "npy" && options.path.empty() && !options.inputs.isEmpty()) {
         throw UsageError("--format npy needs --output PATH");
     }
+    const bool hasTable = options.path.empty() && !options.inputs.isEmpty();
+    if (hasTable + (options.saveConfig == c_szStandardOutput) + (options.saveComputer == c_szStandardOutput) > 1) {
+        throw UsageError("two outputs would go to standard output");
+    }
     const bool hasFormula = std::any_of(options.columns.begin(), options.columns.end(),
                                         [](const Column& column) { return column.kind == Column::Kind::Formula; });
     if (!options.saveComputer.empty() && hasFormula) {
@@ -61,8 +66,10 @@ po::options_description describeOptions(FeaturesOptions& options) {
         ("suppress-dc", po::value(&options.suppressDc)->implicit_value(true, "yes")->value_name("yes|no"),
          "subtract the mean of all windows of the file so far from each window")                  //
         ("format", po::value(&options.format)->value_name("FORMAT"), "csv (the default) or npy")  //
-        ("output,o", po::value(&options.path)->value_name("PATH"),
-         "write to this file, which appears only when it is complete, instead of standard output")  //
+        (
+            "output,o", po::value(&options.path)->value_name("PATH"),
+            "write to this file, which appears only when it is complete, instead of standard output (which is also "
+            "'-')")  //
         ("config", po::value(&options.config)->value_name("FILE"),
          "take window, format and columns from a file as --save-config writes it; what other options say holds "
          "instead, and with any of --feature, --expr and --computer the file's columns do not count")  //

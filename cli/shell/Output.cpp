@@ -46,8 +46,8 @@ int sendToStandardOutput(const char* bytes, std::size_t size) {
 Output::Output() : m_vBuffer(c_uiBufferSize) {}
 
 bool Output::open(const std::string& path) {
-    m_strPath = path;
-    return path.empty() || m_file.open(path) || fail(m_file.getError());
+    m_strPath = path == c_szStandardOutput ? "" : path;
+    return m_strPath.empty() || m_file.open(path) || fail(m_file.getError());
 }
 
 bool Output::write(const void* bytes, std::size_t size) {

@@ -11,6 +11,9 @@
 
 namespace Zantrix::Cli {
 
+/// What stands for standard output in place of a path.
+inline constexpr const char* c_szStandardOutput = "-";
+
 /// Where results go: standard output, or a file that appears only when it is whole. Either is written in large pieces.
 ///
 /// After a failed operation `getError()` tells why, and all later ones fail as well.
@@ -20,7 +23,7 @@ public:
 
     /// Starts the output.
     ///
-    /// @param path  a file to replace, or a device or pipe to write to; "" is standard output
+    /// @param path  a file to replace, or a device or pipe to write to; "" and "-" are standard output
     bool open(const std::string& path);
 
     bool write(const void* bytes, std::size_t size);

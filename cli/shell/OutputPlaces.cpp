@@ -2,6 +2,7 @@
 
 #include "Command.h"
 #include "shell/AudioKind.h"
+#include "shell/Output.h"
 
 #include <filesystem>
 #include <sys/stat.h>
@@ -10,7 +11,7 @@
 namespace Zantrix::Cli {
 
 void OutputPlaces::add(const std::string& path) {
-    if (!path.empty()) {
+    if (!path.empty() && path != c_szStandardOutput) {
         add({path}, runItself);
         m_ofRun.push_back(path);
     }

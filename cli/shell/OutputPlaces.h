@@ -26,7 +26,7 @@ public:
         std::size_t owner = 0;  ///< whose place that is
     };
 
-    /// Adds an output of the run itself; "" is standard output.
+    /// Adds an output of the run itself; "" and "-" are standard output.
     ///
     /// @throw UsageError  when another output goes there
     void add(const std::string& path);

@@ -144,5 +144,57 @@ class Arguments(CommandTest):
         self.assertIn(b"\na.wav,", result.stdout)
 
 
+class StandardOutput(CommandTest):
+    """In place of an output, '-' is standard output, not a file called like that."""
+
+    def setUp(self):
+        super().setUp()
+        self.write_wav("a.wav")
+
+    def assert_same(self, plain, dashed):
+        for result in (plain, dashed):
+            self.assert_done(result)
+        self.assertNotEqual(plain.stdout, b"")
+        self.assertEqual(dashed.stdout, plain.stdout)
+        self.assertEqual(self.files(), ["a.wav"])
+
+    def test_tables_go_there(self):
+        self.assert_same(self.features("a.wav", "--feature", "MEAN"), self.features("a.wav", "--feature", "MEAN", "-o", "-"))
+        for text in ("text", "csv", "json"):
+            self.assert_same(self.run_here("info", "a.wav", "--format", text),
+                             self.run_here("info", "a.wav", "--format", text, "--output", "-"))
+        self.assert_same(self.run_here("annotations", "list", "--format", "csv", "a.wav"),
+                         self.run_here("annotations", "list", "--format", "csv", "a.wav", "-o", "-"))
+
+    def test_configurations_and_archives_go_there(self):
+        for option in ("--save-config", "--save-computer"):
+            saved = self.features("--feature", "MEAN", option, "-")
+            self.assert_done(saved)
+            self.assert_done(self.features("a.wav", "--feature", "MEAN", "-o", "t.csv", option, "saved"))
+            self.assertEqual(saved.stdout, self.read("saved"))
+            both = self.features("a.wav", "--feature", "MEAN", "-o", "t.csv", option, "-")
+            self.assert_done(both)
+            self.assertEqual(both.stdout, saved.stdout)
+
+    def test_two_outputs_do_not_go_there(self):
+        for arguments in (["a.wav", "--save-config", "-"], ["a.wav", "-o", "-", "--save-config", "-"],
+                          ["--save-config", "-", "--save-computer", "-"]):
+            self.assert_usage_error(self.features("--feature", "MEAN", *arguments),
+                                    "two outputs would go to standard output")
+
+    def test_what_needs_a_file_is_refused(self):
+        for arguments in (["--format", "npy"], ["--shard", "1/2"], ["--resume"]):
+            self.assert_usage_error(self.features("a.wav", "--feature", "MEAN", "-o", "-", *arguments),
+                                    arguments[0], "needs --output PATH")
+        for subcommand in (["features", "--feature", "MEAN"], ["evaluate", "--channel", "zeroCrossingRate(x)"]):
+            self.assert_usage_error(self.run_here(*subcommand, "a.wav", "--failures", "-"), "--failures needs a file")
+        self.assert_usage_error(self.run_here("merge", "part.csv", "-o", "-"), "merge needs a file")
+        self.assertEqual(self.files(), ["a.wav"])
+
+    def test_a_file_called_like_that_has_its_folder_in_front(self):
+        self.assert_done(self.features("a.wav", "--feature", "MEAN", "-o", "./-"))
+        self.assertEqual(self.files(), ["-", "a.wav"])
+
+
 if __name__ == "__main__":
     unittest.main()
