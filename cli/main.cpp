@@ -1,8 +1,8 @@
 #include "Command.h"
+#include "shell/Diagnostics.h"
 #include "shell/Interrupt.h"
 
 #include <log4cplus/initializer.h>
-#include <log4cplus/logger.h>
 
 #include <algorithm>
 #include <exception>
@@ -85,8 +85,7 @@ int run(std::vector<std::string> arguments) {
 
 int main(int argc, char** argv) {
     const log4cplus::Initializer initializer;
-    // Silent until a subcommand knows what is wanted.
-    log4cplus::Logger::getRoot().setLogLevel(log4cplus::OFF_LOG_LEVEL);
+    Diagnostics::begin();
     Interrupt::install();
     try {
         const int exitCode = run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));

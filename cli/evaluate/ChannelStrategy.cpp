@@ -50,7 +50,7 @@ void ChannelStrategy::compute(const Math::DoubleVector& block) {
         // Of sizes that are not powers of two the library reports each spectrum; one warning of the command's does.
         std::optional<QuietLog> quiet;
         if (m_bIsOddSize) {
-            quiet.emplace();
+            quiet.emplace(c_strOddSpectrum);
         }
         isComputed = m_computer.compute(std::span(&m_context, 1), std::span(&m_values, 1));
     }

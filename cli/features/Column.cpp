@@ -1,6 +1,7 @@
 #include "features/Column.h"
 
 #include "Command.h"
+#include "shell/Diagnostics.h"
 
 #include <murvane/core/Text.h>
 
@@ -56,8 +57,13 @@ void checkFormula(const Column& column) {
     if (column.text.find_first_not_of(c_szBlanks) == std::string::npos) {
         throw UsageError("the formula of '" + Math::Xpr::excerpt(column.name) + "' is empty");
     }
+    const QuietLog library;
     if (!formulas.add(column.name.c_str(), column.text, error)) {
-        throw UsageError("wrong formula: " + error.rendered + "\n'murvane-audio list' names the functions.");
+        // The list reports every error that it returns; what else there is comes from a function.
+        const bool isMore =
+            !library.firstError().empty() && library.firstError().find(error.message) == std::string::npos;
+        throw UsageError("wrong formula: " + error.rendered + (isMore ? "\n" + library.firstError() : "") +
+                         "\n'murvane-audio list' names the functions.");
     }
 }
 

@@ -50,7 +50,7 @@ std::optional<std::string> measureColumn(const Column& column, std::size_t sampl
     std::uint64_t moved = 0;
     for (std::uint64_t window = 0; window <= windows; ++window) {
         if (!computer.compute(std::span(&silence, 1), std::span(&values, 1))) {
-            return computer.describeFailure("a window of " + std::to_string(samples) + " samples");
+            return computer.describeFailure("a window of " + std::to_string(samples) + " samples", quiet.firstError());
         }
         counts.push_back(values.size());
         moved += values.size() + samples;

@@ -126,6 +126,7 @@ std::optional<std::string> FeatureWorker::chooseColumns(std::uint64_t rate) {
 
 bool FeatureWorker::addWindows(Audio::WindowedAudioFileReader& reader, Turn& turn, InputRows& rows) {
     RowComputer computer(m_requested);
+    const QuietLog oddSpectra(c_strOddSpectrum);
     m_uiWindows = 0;
     for (std::size_t count = c_uiBatch; count == c_uiBatch;) {
         for (count = 0; count < c_uiBatch && reader.getNextWindow(m_windows[count]); ++count) {
@@ -141,6 +142,10 @@ bool FeatureWorker::addWindows(Audio::WindowedAudioFileReader& reader, Turn& tur
         if (!computer.compute(std::span(m_windows).first(count), values)) {
             return fail(computer.describeFailure("the windows that end at " + shortest(m_times[0]) + " to " +
                                                  shortest(m_times[count - 1]) + " s"));
+        }
+        if (m_uiWindows == 0 && !oddSpectra.firstError().empty()) {
+            m_diagnostics.warning("spectra of a number of samples that is no power of two (its windows have " +
+                                  std::to_string(m_config.getWindowSizeInSamples()) + ") are computed slowly");
         }
         for (std::size_t i = 0; i < count; ++i, ++m_uiWindows) {
             if (!m_pColumns->arrange(m_uiWindows, values[i])) {

@@ -66,10 +66,9 @@ po::options_description describeOptions(FeaturesOptions& options) {
         ("suppress-dc", po::value(&options.suppressDc)->implicit_value(true, "yes")->value_name("yes|no"),
          "subtract the mean of all windows of the file so far from each window")                  //
         ("format", po::value(&options.format)->value_name("FORMAT"), "csv (the default) or npy")  //
-        (
-            "output,o", po::value(&options.path)->value_name("PATH"),
-            "write to this file, which appears only when it is complete, instead of standard output (which is also "
-            "'-')")  //
+        ("output,o", po::value(&options.path)->value_name("PATH"),
+         "write to this file, which appears only when it is complete, instead of standard output (which is also "
+         "'-')")  //
         ("config", po::value(&options.config)->value_name("FILE"),
          "take window, format and columns from a file as --save-config writes it; what other options say holds "
          "instead, and with any of --feature, --expr and --computer the file's columns do not count")  //

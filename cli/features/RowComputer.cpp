@@ -82,8 +82,11 @@ void RowComputer::findFailingFormula() {
     }
 }
 
-std::string RowComputer::describeFailure(const std::string& windows) const {
-    return m_strFailed + " cannot be computed of " + windows + (m_strWhy.empty() ? "" : ": " + m_strWhy);
+std::string RowComputer::describeFailure(const std::string& windows, const std::string& record) const {
+    // The record of a failed formula as a whole says the same once more.
+    const bool isMore = !record.empty() && (m_strWhy.empty() || record.find(m_strWhy) == std::string::npos);
+    return m_strFailed + " cannot be computed of " + windows + (m_strWhy.empty() ? "" : ": " + m_strWhy) +
+           (isMore ? " (" + record + ')' : "");
 }
 
 }  // namespace Zantrix::Cli

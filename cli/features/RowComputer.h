@@ -6,9 +6,14 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Zantrix::Cli {
+
+/// What the library reports of each spectrum of a number of samples that is no power of two. It computes them all the
+/// same.
+inline constexpr std::string_view c_strOddSpectrum = "Assertion failed: isPowerOfTwo(n)";
 
 /// Computes features and formulas of windows that follow each other in one input. Each input has a computer of its own:
 /// no feature, in a formula or not, may remember the input before.
@@ -26,7 +31,8 @@ public:
     /// "the feature NAME cannot be computed of `windows`", or the same of a formula, and why.
     ///
     /// @param windows  in words, such as "a window of 256 samples"
-    std::string describeFailure(const std::string& windows) const;
+    /// @param record   what the library reported meanwhile, if nobody was shown that; "" for nothing
+    std::string describeFailure(const std::string& windows, const std::string& record = "") const;
 
 private:
     void findFailingFeature(std::span<const Math::DoubleVector> windows);

@@ -63,7 +63,7 @@ constexpr FeatureDescription c_guide[] = {
      "PEAKS_SPECTRUM", "PEAKS"},
     {"SPECTRALRANGE", "(centreHz,halfWidthHz)", "spectrum, L values", "2w + 2 values",
      "the bins around a frequency, then where in its bin that frequency lies (-0.5 to 0.5)",
-     "w is the half-width in bins, rounded up. The range may not reach bin 0.", "SPECTRALRANGE(440,20)_SPECTRUM",
+     "w is the half-width in bins, rounded up. The range may neither reach bin 0 nor go beyond the last one.", "SPECTRALRANGE(440,20)_SPECTRUM",
      "SPECTRALRANGE(440,20)"},
     {"MAXSPECTRALRANGES", "(centreHz,...)", "spectrum, L values", "2w + 2 values",
      "of several ranges of 20 Hz to either side, the one with the strongest bin",

@@ -23,7 +23,7 @@ namespace {
 constexpr std::size_t c_uiMaxRemembered = 100;
 
 thread_local InputMessages t_input;
-thread_local int t_iQuiet = 0;
+thread_local QuietLog* t_pQuiet = nullptr;  // the youngest
 
 void writeError(const std::string& text) {
     std::size_t done = 0;
@@ -33,6 +33,13 @@ void writeError(const std::string& text) {
             return;
         }
         done += written < 0 ? 0 : static_cast<std::size_t>(written);
+    }
+}
+
+// The first error is why an input failed.
+void noteError(const std::string& message, int level) {
+    if (level >= log4cplus::ERROR_LOG_LEVEL && t_input.why.empty()) {
+        t_input.why = message;
     }
 }
 
@@ -47,8 +54,9 @@ std::string printable(std::string text) {
 void heedQuiet(log4cplus::Logger logger) {
     namespace spi = log4cplus::spi;
     for (const log4cplus::SharedAppenderPtr& pAppender : logger.getAllAppenders()) {
-        const spi::FilterPtr pFilter(new spi::FunctionFilter(
-            [](const spi::InternalLoggingEvent&) { return t_iQuiet > 0 ? spi::DENY : spi::NEUTRAL; }));
+        const spi::FilterPtr pFilter(new spi::FunctionFilter([](const spi::InternalLoggingEvent& event) {
+            return QuietLog::swallows(event.getMessage(), event.getLogLevel()) ? spi::DENY : spi::NEUTRAL;
+        }));
         pFilter->next = pAppender->getFilter();
         pAppender->setFilter(pFilter);
     }
@@ -72,24 +80,48 @@ log4cplus::LogLevel parseLevel(const std::string& name) {
     throw UsageError("unknown log level '" + name + "'; the levels are " + Diagnostics::levelNames);
 }
 
+// For the time before anybody is told anything.
+class SilentAppender : public log4cplus::Appender {
+public:
+    ~SilentAppender() override { destructorImpl(); }
+    void close() override { closed = true; }
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override {
+        QuietLog::swallows(event.getMessage(), event.getLogLevel());
+    }
+};
+
 }  // namespace
 
 class Diagnostics::RecordAppender : public log4cplus::Appender {
 public:
-    explicit RecordAppender(Diagnostics& diagnostics) : m_diagnostics(diagnostics) {}
+    RecordAppender(Diagnostics& diagnostics, log4cplus::LogLevel level) : m_diagnostics(diagnostics), m_level(level) {}
     ~RecordAppender() override { destructorImpl(); }
     void close() override { closed = true; }
 
 protected:
     void append(const log4cplus::spi::InternalLoggingEvent& event) override {
-        if (t_iQuiet == 0) {
+        if (QuietLog::swallows(event.getMessage(), event.getLogLevel())) {
+            return;
+        }
+        if (event.getLogLevel() >= m_level) {
             m_diagnostics.record(event.getNDC(), event.getMessage(), event.getLogLevel());
+        } else {
+            noteError(event.getMessage(), event.getLogLevel());
         }
     }
 
 private:
     Diagnostics& m_diagnostics;
+    const log4cplus::LogLevel m_level;
 };
+
+void Diagnostics::begin() {
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    root.addAppender(log4cplus::SharedAppenderPtr(new SilentAppender));
+    root.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
+}
 
 Diagnostics::Diagnostics(const LogOptions& options)
     : m_bLogAskedFor(!options.level.empty() || !options.config.empty()) {
@@ -97,13 +129,17 @@ Diagnostics::Diagnostics(const LogOptions& options)
     m_bWarnings = level <= log4cplus::WARN_LOG_LEVEL;
     log4cplus::Logger root = log4cplus::Logger::getRoot();
     if (options.config.empty()) {
-        root.addAppender(log4cplus::SharedAppenderPtr(new RecordAppender(*this)));
-        root.setLogLevel(level);
+        root.removeAllAppenders();
+        root.addAppender(log4cplus::SharedAppenderPtr(new RecordAppender(*this, level)));
+        // Errors that are not printed are still reasons.
+        root.setLogLevel(std::min<log4cplus::LogLevel>(level, log4cplus::ERROR_LOG_LEVEL));
         return;
     }
     if (!std::ifstream(options.config).good() || std::ifstream(options.config).peek() == EOF) {
         throw UsageError("cannot read the log configuration '" + options.config + "'");
     }
+    root.removeAllAppenders();
+    root.setLogLevel(log4cplus::OFF_LOG_LEVEL);
     log4cplus::PropertyConfigurator(options.config).configure();
     if (!options.level.empty()) {
         root.setLogLevel(level);
@@ -205,9 +241,7 @@ void Diagnostics::record(const std::string& input, const std::string& message, i
     if (!mayRepeat && (repeats.size() < c_uiMaxRemembered || repeats.count(message) != 0) && ++repeats[message] > 1) {
         return;
     }
-    if (level >= log4cplus::ERROR_LOG_LEVEL && t_input.why.empty()) {
-        t_input.why = message;
-    }
+    noteError(message, level);
     line(input, message);
 }
 
@@ -227,12 +261,25 @@ void Diagnostics::print(const std::string& lines) {
     writeError(lines);
 }
 
-QuietLog::QuietLog() {
-    ++t_iQuiet;
+QuietLog::QuietLog(std::string_view only) : m_pOlder(t_pQuiet), m_strOnly(only) {
+    t_pQuiet = this;
 }
 
 QuietLog::~QuietLog() {
-    --t_iQuiet;
+    t_pQuiet = m_pOlder;
+}
+
+bool QuietLog::swallows(const std::string& message, int level) {
+    for (QuietLog* pQuiet = t_pQuiet; pQuiet != nullptr; pQuiet = pQuiet->m_pOlder) {
+        if (!pQuiet->m_strOnly.empty() && pQuiet->m_strOnly != message) {
+            continue;
+        }
+        if (level >= log4cplus::ERROR_LOG_LEVEL && pQuiet->m_strFirstError.empty()) {
+            pQuiet->m_strFirstError = message;
+        }
+        return true;
+    }
+    return false;
 }
 
 }  // namespace Zantrix::Cli

@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 /// Everything that goes to standard error passes here: the command's messages, the library's log records and the
 /// progress line, so that they never run into each other.
@@ -38,6 +39,10 @@ public:
     ~Diagnostics();
     Diagnostics(const Diagnostics&) = delete;
     Diagnostics& operator=(const Diagnostics&) = delete;
+
+    /// To be called once before anything else: until there is an object of this class, what the library reports goes
+    /// nowhere, but is heard by `QuietLog`.
+    static void begin();
 
     static constexpr const char* levelNames = "TRACE, DEBUG, INFO, WARN, ERROR, OFF";
 
@@ -96,13 +101,26 @@ private:
     bool m_bStatusShown = false;
 };
 
-/// No log record of this thread goes anywhere while one of these exists: for asking the library what it knows.
+/// No log record of this thread goes anywhere while one of these exists: for asking the library what it knows. Of
+/// several the youngest hears a record.
 class QuietLog {
 public:
-    QuietLog();
+    /// @param only  the text of the records that go nowhere, which must outlive the object; all without
+    explicit QuietLog(std::string_view only = {});
     ~QuietLog();
     QuietLog(const QuietLog&) = delete;
     QuietLog& operator=(const QuietLog&) = delete;
+
+    /// The text of the first error that went nowhere; "" for none, and where a configured log has no errors.
+    const std::string& firstError() const { return m_strFirstError; }
+
+    /// Whether a record of this thread goes nowhere; if so, it is heard.
+    static bool swallows(const std::string& message, int level);
+
+private:
+    QuietLog* m_pOlder;
+    std::string_view m_strOnly;
+    std::string m_strFirstError;
 };
 
 }  // namespace Zantrix::Cli

@@ -136,5 +136,45 @@ class WrongFormulas(CommandTest):
         self.assertIn("b.wav: does not fit into the table: r gives", self.messages(result)[0])
 
 
+class LibraryWords(CommandTest):
+    """What the library alone knows of a refusal is shown, and what it would say a thousand times is said once."""
+
+    def setUp(self):
+        super().setUp()
+        self.write_wav("a.wav")
+
+    def test_a_list_that_is_none_is_quoted(self):
+        result = self.features("a.wav", "--expr", 'maxSpectralRanges(spectrum(x), frequenciesList="350,440")')
+        self.assert_usage_error(result, "maxSpectralRanges refuses the values of its parameters",
+                                "\nCould not convert string atom 350,440in an integer\n")
+
+    def test_a_number_out_of_range_is_shown_in_full(self):
+        result = self.features("a.wav", "--expr", "spectralRange(spectrum(x), frequencyHz=2147483648, widthHz=0)")
+        self.assert_usage_error(result, "frequencyHz, found 2147483648\n")
+        self.assertEqual(result.stderr.count(b"2147483648"), 2)
+
+    def test_the_assertion_that_a_range_fails_by_is_told_whatever_the_log_level(self):
+        for option, text in (("--expr", "spectralRange(spectrum(x), frequencyHz=0, widthHz=0)"),
+                             ("--feature", "SPECTRALRANGE(0,0)_SPECTRUM")):
+            for level in ("OFF", "WARN", "ERROR"):
+                result = self.features("a.wav", option, text, "--failures", "f.txt", "--log-level", level)
+                self.assertEqual(result.returncode, 1)
+                for told in (self.read("f.txt"), result.stderr):
+                    self.assertTrue(told.endswith(b" (Assertion failed: m_uiCenterFrequency > 0)\n"), told)
+
+    def test_spectra_of_odd_sizes_draw_one_warning(self):
+        for option, text, window, size in (("--feature", "FLATNESS_SPECTRUM", "33", 264),
+                                           ("--expr", "flatness(spectrum(x))", "33", 264),
+                                           ("--feature", "FLATNESS_SPECTRUM_RANGE(0,100)", "32", 256)):
+            for jobs in ("1", "2"):
+                result = self.features("a.wav", option, text, "--window-ms", window, "--jobs", jobs)
+                self.assertEqual(self.messages(result), [
+                    "murvane-audio: a.wav: warning: spectra of a number of samples that is no power of two (its windows "
+                    f"have {size}) are computed slowly"])
+                self.assertEqual(result.returncode, 0)
+                self.assertGreater(result.stdout.count(b"\n"), 20)
+        self.assert_done(self.features("a.wav", "--feature", "MEAN", "--window-ms", "33"))
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -7,6 +7,8 @@
 #include <murvane/mathxpr/Registry.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 
 namespace Zantrix::Math::Xpr {
 
@@ -20,6 +22,12 @@ std::string unknown(const char* what, const std::string& name, const StringVecto
     }
     return names.empty() ? concatenate(message, ", there is none")
                          : concatenate(message, ", expected ", alternatives(names));
+}
+
+// As it was written, more or less: a stream would print six digits, of a number that is wrong for its seventh.
+std::string inFull(double number) {
+    std::array<char, 32> buffer{};
+    return {buffer.data(), std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr};
 }
 
 StringVector namesOf(const std::vector<FunctionParameter>& parameters) {
@@ -51,7 +59,7 @@ bool checkParameters(const SyntaxNode& node, const FunctionBaseImpl& function, B
         if (!accepts(pParameter->kind, entry.parameter)) {
             const double* pNumber = std::get_if<double>(&entry.parameter.value);
             problem = {entry.offset, concatenate("expected ", describe(pParameter->kind), " for ", pParameter->name,
-                                                 ", found ", pNumber == nullptr ? "a text" : concatenate(*pNumber))};
+                                                 ", found ", pNumber == nullptr ? "a text" : inFull(*pNumber))};
             return false;
         }
     }

@@ -74,6 +74,8 @@ INSTANTIATE_TEST_SUITE_P(
                             "expected a whole number from 0 to 2147483647 for startIndex, found -1"},
                     Refusal{"range(x, startIndex=\"1\", length=2)", 10,
                             "expected a whole number from 0 to 2147483647 for startIndex, found a text"},
+                    Refusal{"range(x, startIndex=2147483648, length=2)", 10,
+                            "expected a whole number from 0 to 2147483647 for startIndex, found 2147483648"},
                     Refusal{"scaled(x, factors=2)", 11, "expected a text in double quotes for factors, found 2"},
                     Refusal{"scaled(x, factors=\"2 abc\")", 1, "scaled refuses the values of its parameters"},
                     Refusal{"doubled(x", 10, "expected an operator, \",\" or \")\", found the end of the formula"}),
