@@ -20,7 +20,7 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr const char* c_szUsage =
-    "Usage: murvane-audio features FILE... [--audioset LIST] --feature NAME... --expr FORMULA... [OPTION]...\n"
+    "Usage: murvane-audio features FILE... [--audioset LIST] {--feature NAME | --expr FORMULA}... [OPTION]...\n"
     "Cuts mono audio files into windows and computes features and formulas of each.\n";
 
 constexpr const char* c_szHelpNames =
@@ -141,7 +141,7 @@ int runFeatures(const std::vector<std::string>& arguments) {
         // Once more: what arguments say holds.
         parseArguments(expanded, description, options.inputs.files);
     }
-    if (std::vector<Column> columns = collectColumns(given); !columns.empty()) {
+    if (std::vector<Column> columns = collectColumns(given, featureNames); !columns.empty()) {
         options.columns = std::move(columns);
     }
     if (options.path == c_szStandardOutput) {

@@ -5,6 +5,9 @@
 #include "shell/Options.h"
 #include "shell/Text.h"
 
+#include <murvane/core/StringVector.h>
+#include <murvane/math/SignalFeatureFactory.h>
+
 #include <algorithm>
 #include <iostream>
 
@@ -17,7 +20,7 @@ namespace {
 constexpr const char* c_szUsage =
     "Usage: murvane-audio list [NAME]\n"
     "Lists the features that 'murvane-audio features' computes and, behind an empty line, the functions that its\n"
-    "formulas may call, or explains one.\n";
+    "formulas may call, or explains one, or each element of a composed name.\n";
 
 constexpr const char* c_szHelpRest =
     "N is the number of samples of a window, L = N/2 the number of bins of its spectrum.\n\n"
@@ -27,7 +30,8 @@ constexpr const char* c_szHelpRest =
     "Examples:\n"
     "  murvane-audio list\n"
     "  murvane-audio list SPECTRALRANGE\n"
-    "  murvane-audio list spectralRange\n";
+    "  murvane-audio list spectralRange\n"
+    "  murvane-audio list FLATNESS_SPECTRUM\n";
 
 std::string padded(std::string text, std::size_t width) {
     text.resize(std::max(width, text.size()), ' ');
@@ -111,6 +115,23 @@ bool explain(const std::string& name, const FeatureGuide& features, const Functi
     return feature != nullptr || function != nullptr;
 }
 
+// The elements of a composed name, in the order in which they see the window.
+void explainComposed(const std::string& name, const FeatureGuide& features) {
+    StringVector elements;
+    Math::SignalFeatureFactory::splitElements(name.c_str(), elements);
+    std::cout << name << ": a composed name; the last element sees the window, each one to its left the result on its "
+              << "right.\n";
+    for (auto element = elements.rbegin(); element != elements.rend(); ++element) {
+        std::string base;
+        StringVector parameters;
+        Math::SignalFeatureFactory::splitParams(element->c_str(), base, parameters);
+        if (const FeatureDescription* row = features.find(base)) {
+            std::cout << '\n';
+            explain(*row);
+        }
+    }
+}
+
 }  // namespace
 
 int runList(const std::vector<std::string>& arguments) {
@@ -132,7 +153,13 @@ int runList(const std::vector<std::string>& arguments) {
     if (names.size() > 1) {
         throw UsageError("list explains one feature or function at a time");
     }
-    if (!explain(names.front(), features, functions)) {
+    const std::string& name = names.front();
+    if (name.find('_') != std::string::npos) {
+        if (const auto problem = featureNames.problem(name)) {
+            throw UsageError(*problem);
+        }
+        explainComposed(name, features);
+    } else if (!explain(name, features, functions)) {
         std::vector<std::string> candidates = functions.names();
         for (const std::string& name : features.names()) {
             candidates.push_back(name);

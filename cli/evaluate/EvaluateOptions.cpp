@@ -20,7 +20,7 @@ constexpr const char* c_szThreshold = "threshold";
 constexpr const char* c_szAnnotatedSuffix = "annotated";
 
 constexpr const char* c_szUsage =
-    "Usage: murvane-audio evaluate FILE... [--audioset LIST] --channel [NAME=]FORMULA... [OPTION]...\n"
+    "Usage: murvane-audio evaluate FILE... [--audioset LIST] {--channel [NAME=]FORMULA}... [OPTION]...\n"
     "Evaluates mono 16-bit WAV files block by block, and writes each again with a curve beside its samples for each\n"
     "channel: call.wav becomes call.prob.wav, to look at in any viewer of audio files.\n";
 

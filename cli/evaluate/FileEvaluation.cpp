@@ -6,6 +6,7 @@
 #include "shell/SamplingRate.h"
 #include "shell/WavHeader.h"
 
+#include <murvane/core/FileReplacement.h>
 #include <murvane/iff/IFFParser.h>
 
 #include <algorithm>
@@ -15,6 +16,7 @@
 #include <limits>
 #include <optional>
 #include <sstream>
+#include <unistd.h>
 
 namespace Zantrix::Cli {
 
@@ -42,6 +44,16 @@ std::optional<std::string> findDefect(const InputFile& input) {
         }
     }
     return std::nullopt;
+}
+
+// Why a folder takes no output; nothing when it does. The library would not say.
+std::optional<std::string> findObstacle(const std::string& folder, const std::string& output) {
+    if (::access(folder.c_str(), W_OK | X_OK) == 0) {
+        return std::nullopt;
+    }
+    // What is there already may be written to all the same.
+    FileReplacement trial;
+    return trial.open(output) ? std::nullopt : std::optional("cannot write " + output + ": " + trial.getError());
 }
 
 // Links stay, and what they lead to: that may be a device.
@@ -147,6 +159,9 @@ bool FileEvaluation::isUpToDate(const InputFile& input) const {
 }
 
 bool FileEvaluation::evaluate(const InputFile& input) {
+    if (const auto obstacle = findObstacle(m_options.outputDir, m_options.curvesPath(input.name()))) {
+        return fail(*obstacle);
+    }
     const std::uint64_t rate = input.rate();
     AnnotationEdit annotated(input.path(), {}, m_diagnostics);
     if (m_options.annotateMs && !annotated.load()) {

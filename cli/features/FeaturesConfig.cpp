@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -87,17 +88,31 @@ private:
         throw UsageError(m_strPath + ": line " + std::to_string(m_lines.at(key)) + ": " + key + ": " + why);
     }
 
+    // What is wrong is wrong at this key.
+    void check(const std::string& key, const std::function<void()>& checkValue) const {
+        try {
+            checkValue();
+        } catch (const UsageError& error) {
+            refuse(key, error.what());
+        }
+    }
+
     void readKey(const std::string& key) {
         if (key == c_szWindow) {
             readMilliseconds(key, m_options.windowMs);
+            check(key, [this] { checkMilliseconds("window", m_options.windowMs, 1); });
         } else if (key == c_szOverlap) {
             readMilliseconds(key, m_options.overlapMs);
+            if (m_options.overlapMs < 0) {
+                refuse(key, "expected 0 or more");
+            }
         } else if (key == c_szSuppressDc) {
             if (!m_values.getBoolParameter(c_szSuppressDc, m_options.suppressDc)) {
                 refuse(key, "expected true or false");
             }
         } else if (key == c_szFormat) {
             m_values.getStringParameter(c_szFormat, m_options.format);
+            check(key, [this] { checkFormat(m_options.format); });
         } else if (const auto columnKey = parseColumnKey(key)) {
             readColumn(key, *columnKey);
         } else {
@@ -121,11 +136,7 @@ private:
         m_values.getStringParameter(key.c_str(), text);
         const Column column =
             columnKey.kind == Column::Kind::Feature ? makeFeatureColumn(text) : makeFormulaColumn(text);
-        try {
-            checkColumn(column, m_featureNames);
-        } catch (const UsageError& error) {
-            refuse(key, error.what());
-        }
+        check(key, [&] { checkColumn(column, m_featureNames); });
         if (!m_columns.emplace(columnKey.number, column).second) {
             refuse(key, "there is another column of this number");
         }

@@ -27,9 +27,7 @@ void checkWindow(const FeaturesOptions& options) {
 }
 
 void checkOutputs(const FeaturesOptions& options) {
-    if (options.format != "csv" && options.format != "npy") {
-        throw UsageError("unknown format '" + options.format + "'; the formats are csv and npy");
-    }
+    checkFormat(options.format);
     if ((options.batch.shard || options.batch.resume) && options.path.empty() && !options.inputs.isEmpty()) {
         throw UsageError((options.batch.shard ? "--shard" : "--resume") + std::string(" needs --output PATH"));
     }
@@ -81,7 +79,13 @@ po::options_description describeOptions(FeaturesOptions& options) {
     return description;
 }
 
-std::vector<Column> collectColumns(const std::vector<GivenOption>& given) {
+void checkFormat(const std::string& format) {
+    if (format != "csv" && format != "npy") {
+        throw UsageError("unknown format '" + format + "'; the formats are csv and npy");
+    }
+}
+
+std::vector<Column> collectColumns(const std::vector<GivenOption>& given, const FeatureNames& featureNames) {
     std::vector<Column> columns;
     for (const GivenOption& option : given) {
         if (option.name == c_szFeature) {
@@ -90,6 +94,9 @@ std::vector<Column> collectColumns(const std::vector<GivenOption>& given) {
             columns.push_back(makeFormulaColumn(option.value));
         } else if (option.name == c_szComputer) {
             for (const std::string& feature : loadComputer(option.value)) {
+                if (const auto problem = featureNames.problem(feature)) {
+                    throw UsageError(option.value + ": " + *problem);
+                }
                 columns.push_back(makeFeatureColumn(feature));
             }
         }

@@ -36,8 +36,13 @@ boost::program_options::options_description describeOptions(FeaturesOptions& opt
 
 /// The columns that arguments ask for, in their order; those of archived computers where these stand.
 ///
-/// @throw UsageError  naming an archive that cannot be loaded
-std::vector<Column> collectColumns(const std::vector<GivenOption>& given);
+/// @throw UsageError  naming an archive that cannot be loaded, or has a feature that is not known
+std::vector<Column> collectColumns(const std::vector<GivenOption>& given, const FeatureNames& featureNames);
+
+/// Makes sure that tables can be written in a format.
+///
+/// @throw UsageError
+void checkFormat(const std::string& format);
 
 /// Makes sure that a run can be what the options say.
 ///

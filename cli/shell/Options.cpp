@@ -54,6 +54,9 @@ po::variables_map parseArguments(const std::vector<std::string>& arguments, cons
                 inOrder->push_back({option.string_key, option.value.empty() ? std::string() : option.value.front()});
             }
         }
+    } catch (const po::invalid_command_line_syntax& error) {
+        const bool isEmpty = error.kind() == po::invalid_syntax::empty_adjacent_parameter;
+        throw UsageError(isEmpty ? "the value of '" + error.get_option_name() + "' is empty" : error.what());
     } catch (const po::error& error) {
         throw UsageError(error.what());
     }

@@ -103,6 +103,14 @@ class WrongConfig(CommandTest):
                     "features.column.-1.expr", "features.column.99999999999.expr", "features.column..expr"):
             self.assert_refused(f"{key} = x\n", f"c: line 1: {key}: unknown key")
 
+    def test_a_value_out_of_range_is_named_with_file_key_and_line(self):
+        self.assert_refused("features.format = xml\n",
+                            "c: line 1: features.format: unknown format 'xml'; the formats are csv and npy")
+        for value in ("0", "-5", "60001"):
+            self.assert_refused(f"#\nfeatures.window-ms = {value}\n",
+                                f"c: line 2: features.window-ms: a window of {value} ms is refused; it must be 1 to 60000")
+        self.assert_refused("features.overlap-ms = -1\n", "c: line 1: features.overlap-ms: expected 0 or more")
+
     def test_a_wrong_value_is_named_with_file_key_and_line(self):
         self.assert_refused("features.overlap-ms = 1\nfeatures.window-ms = 3x\n",
                             "c: line 2: features.window-ms: expected a whole number")
@@ -215,7 +223,7 @@ class Computer(CommandTest):
 
     def test_a_name_that_is_unknown_here_is_told(self):
         self.write("odd.xml", self.read("c.xml").replace(b"<item>MEAN<", b"<item>MEEN<"))
-        self.assert_usage_error(self.features("a.wav", "--computer", "odd.xml"), "unknown feature 'MEEN'")
+        self.assert_usage_error(self.features("a.wav", "--computer", "odd.xml"), "odd.xml: unknown feature 'MEEN'")
 
 
 if __name__ == "__main__":

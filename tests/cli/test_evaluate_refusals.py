@@ -6,7 +6,7 @@ import signal
 import struct
 import unittest
 
-from command import tone, wav_bytes
+from command import give_up_superuser_rights, tone, wav_bytes
 from evaluation import EvaluateTest, samples_of, stored
 from wav_chunks import adtl, annotated, annotations_of, audio, cue, labl, ltxt, point, riff
 
@@ -296,6 +296,13 @@ class Outputs(EvaluateTest):
         self.assertEqual(lines[1], "murvane-audio: a.wav: cannot be evaluated")
         self.assertIn("murvane-audio: b.wav: cannot write ./b.annotated.wav: No space left on device", lines[2:])
         self.assertEqual(self.files(), ["a.prob.wav", "a.wav", "b.annotated.wav", "b.wav", "out"])
+
+    def test_a_folder_that_takes_no_files_is_told_with_the_reason(self):
+        os.chmod(self.path("out"), 0o555)
+        result = self.evaluate("a.wav", "--channel", "c=1", "--output-dir", "out", "--failures", "f.txt",
+                               preexec_fn=give_up_superuser_rights)
+        self.assert_failed(result, "a.wav: cannot write out/a.prob.wav: Permission denied")
+        self.assertEqual(self.read("f.txt"), b"a.wav\tcannot write out/a.prob.wav: Permission denied\n")
 
     def test_a_folder_in_the_way_is_told(self):
         os.mkdir(self.path("a.prob.wav"))

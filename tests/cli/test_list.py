@@ -89,6 +89,20 @@ class List(CommandTest):
         self.assert_usage_error(run("list", "nonlogpeaks"), "nonLogPeaks")
         self.assert_usage_error(run("list", "MEAN", "RANGE"), "at a time")
 
+    def test_each_element_of_a_composed_name_is_explained_in_the_order_of_computation(self):
+        for name in ("FLATNESS_SPECTRUM_RANGE(0,8)", "flatness_Spectrum_RANGE( 0, 8)"):
+            result = run("list", name)
+            self.assert_done(result)
+            head, *parts = result.stdout.decode().split("\n\n")
+            self.assertTrue(head.startswith(f"{name}: a composed name; the last element sees the window"), head)
+            self.assertEqual([part.rstrip("\n") + "\n" for part in parts],
+                             [run("list", element).stdout.decode().split("\nIn formulas")[0]
+                              for element in ("RANGE", "SPECTRUM", "FLATNESS")])
+
+    def test_what_is_wrong_in_a_composed_name_is_told(self):
+        self.assert_usage_error(run("list", "MEAN_SPECTRM"), "unknown feature 'SPECTRM' at column 6\n", "SPECTRUM")
+        self.assert_usage_error(run("list", "_MEAN"), "the name of a feature is missing at column 1\n")
+
     def test_functions_are_listed_in_the_order_of_their_registration(self):
         self.assertEqual([line.split("  ")[0] for line in self.lines()[1]], FUNCTIONS)
 

@@ -45,6 +45,13 @@ class Usage(CommandTest):
         self.assert_refused(["a.wav", "--feature="], "--feature")
         self.assert_usage_error(run("info"), "no file given")
 
+    def test_an_empty_value_is_called_empty(self):
+        for arguments, option in ((["--expr", ""], "--expr"), (["--expr="], "--expr"), (["--feature="], "--feature"),
+                                  (["--feature", "MEAN", "--failures="], "--failures")):
+            self.assert_refused(["a.wav", *arguments], f"the value of '{option}' is empty\n")
+        self.assert_usage_error(self.run_here("evaluate", "a.wav", "--channel", "1", "--suffix="),
+                                "the value of '--suffix' is empty\n")
+
     def test_an_unknown_name_draws_names_that_come_close(self):
         self.assert_refused(["a.wav", "--feature", "SPECTRM"], "unknown feature 'SPECTRM' at column 1", "SPECTRUM")
         self.assert_refused(["a.wav", "--feature", "MEAN_zerocrosingrate"],
