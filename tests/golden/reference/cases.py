@@ -204,6 +204,20 @@ class TemporalFeatures(Case):
         self.near(compute("DELTATOSLIDINGMEAN", windows)[:, 0], [0.0, 0.5, 3.0, 0.0, 4.0, 5.0, -1.6])
         self.assertRaises(ValueError, one, "DELTATOSLIDINGMEAN", 1, 2)
 
+    def test_a_range_is_a_slice(self):
+        window = np.array([[5.0, 1.0, 4.0, 2.0], [0.0, 7.0, 8.0, 9.0]])
+        self.near(compute("RANGE(1,2)", window)[0], [1.0, 4.0])
+        self.near(compute("RANGE(3,1)", window)[:, 0], [2.0, 9.0])
+        for name in ("RANGE(3,2)", "RANGE(4,1)", "RANGE(0,0)"):
+            self.assertRaises(ValueError, compute, name, window)
+
+    def test_a_sliding_window_grows_from_its_end(self):
+        rows = compute("SLIDINGWINDOW(3)", np.array([[1.0], [2.0], [6.0], [3.0]]))
+        self.assertTrue(np.isnan(rows[0, :2]).all() and np.isnan(rows[1, 0]))
+        self.near(rows[:, 2], [1.0, 2.0, 6.0, 3.0])
+        self.near(rows[3], [2.0, 6.0, 3.0])
+        self.assertRaises(ValueError, one, "SLIDINGWINDOW(3)", 1, 2)
+
     def test_names_compose_from_right_to_left(self):
         window = np.random.default_rng(6).normal(size=(9, 256))
         spectrum = compute("SPECTRUM", window)
@@ -307,10 +321,11 @@ class Files(Case):
 
     def test_every_feature_of_the_table_has_a_value_for_an_ordinary_window(self):
         window = np.random.default_rng(8).normal(size=(3, 256))
-        self.assertEqual(len(FEATURES), 31)
+        self.assertEqual(len(FEATURES), 33)
         for name, (counts, _) in FEATURES.items():
             parameters = {0: "", 1: "(440)", 2: "(440,20)"}[max(min(counts), 1 if name == "MAXSPECTRALRANGES" else 0)]
-            source = "_MEAN" if name == "DELTATOSLIDINGMEAN" else ""
+            parameters = "(4,20)" if name == "RANGE" else parameters
+            source = "_MEAN" if name in ("DELTATOSLIDINGMEAN", "SLIDINGWINDOW") else ""
             result = compute(name + parameters + source, window)
             self.assertEqual(len(result), 3)
             self.assertGreater(result.shape[1], 0)

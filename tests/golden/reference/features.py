@@ -301,6 +301,25 @@ def delta_to_sliding_mean(rows):
     return rows - column((sums[ends] - sums[starts]) / (ends - starts))
 
 
+def value_range(start, length):
+    def feature(rows):
+        require(length > 0 and start + length <= rows.shape[1], "the range is empty or leaves the vector")
+        return rows[:, start : start + length]
+
+    return feature
+
+
+def sliding_window(count):
+    """The newest value stands last; where there is none yet, NaN, as in the table."""
+
+    def feature(rows):
+        require(rows.shape[1] == 1 and count > 0, "the sliding window takes one value per window, and keeps some")
+        padded = np.concatenate([np.full(count - 1, np.nan), rows[:, 0]])
+        return np.lib.stride_tricks.sliding_window_view(padded, count)
+
+    return feature
+
+
 # Everything known of a name: the numbers of parameters it takes, and what makes the feature of them.
 FEATURES = {
     "AMPLITUDE": ((0,), lambda: lambda rows: rows),
@@ -328,6 +347,8 @@ FEATURES = {
     "LOWFREQENERGYRATIO": ((0,), lambda: share_of_bins(1000.0)),
     "LOWFREQENERGYRATIOS": ((0,), lambda: share_of_bins(100.0, 1000.0)),
     "DELTATOSLIDINGMEAN": ((0,), lambda: delta_to_sliding_mean),
+    "RANGE": ((2,), value_range),
+    "SLIDINGWINDOW": ((1,), sliding_window),
     # Without a factory name; thresholds and floors in thousandths of full scale.
     "CLIPPINGRATE": ((1,), clipping_rate),
     "ENERGYHISTOGRAM": ((2,), energy_histogram),
