@@ -12,7 +12,8 @@ enum ExitCode : int {
     AllDone = 0,
     SomeFailed = 1,  ///< some input, or the output, failed; every other input was done
     WrongUsage = 2,  ///< nothing was done
-    Interrupted = 130
+    Interrupted = 130,
+    ReaderGone = 141  ///< as of a program that SIGPIPE ends: who read standard output wants no more, and no message
 };
 
 /// Wrong usage, found before anything is done. The text may have several lines.

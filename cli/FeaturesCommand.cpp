@@ -79,7 +79,9 @@ BatchRun::Result fill(TableWriter& writer, const PreviousTable* pPrevious, const
     if (result == BatchRun::Result::Interrupted) {
         writer.abandon();
     } else if (result == BatchRun::Result::OutputFailed || !table.finish()) {
-        diagnostics.error(writer.describeError());
+        if (!Output::hasReaderGone()) {
+            diagnostics.error(writer.describeError());
+        }
         result = BatchRun::Result::OutputFailed;
     }
     return result;
@@ -115,7 +117,7 @@ bool save(const FeaturesOptions& options, Diagnostics& diagnostics) {
         }
         error = writeSmallFile(options.saveComputer, archiveComputer(features));
     }
-    if (!error.empty()) {
+    if (!error.empty() && !Output::hasReaderGone()) {
         diagnostics.error(error);
     }
     return error.empty();

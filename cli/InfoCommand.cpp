@@ -152,14 +152,14 @@ int runInfo(const std::vector<std::string>& arguments) {
     LogOptions log;
     std::string formatName = "text";
     std::string path;
+    InputArguments inputArguments;
     po::options_description options("Options");
+    addInputOptions(options, inputArguments);
     options.add_options()                                                                            //
         ("format", po::value(&formatName)->value_name("FORMAT"), "text (the default), csv or json")  //
         ("output,o", po::value(&path)->value_name("PATH"),
          "write to this file, which appears only when it is complete, instead of standard output (which is also '-')");
     addCommonOptions(options, log);
-    InputArguments inputArguments;
-    addInputOptions(options, inputArguments);
     const po::variables_map values = parseArguments(arguments, options, inputArguments.files);
     inputArguments.behindDashes = countBehindDashes(arguments);
     if (values.count("help") != 0) {
@@ -179,7 +179,9 @@ int runInfo(const std::vector<std::string>& arguments) {
     inputs.refuseToOverwrite({path});
     Output output;
     const auto outputFailed = [&] {
-        diagnostics.error(output.describeError());
+        if (!Output::hasReaderGone()) {
+            diagnostics.error(output.describeError());
+        }
         return SomeFailed;
     };
     if (!output.open(path)) {

@@ -1,10 +1,12 @@
 #include "Command.h"
 #include "shell/Diagnostics.h"
 #include "shell/Interrupt.h"
+#include "shell/Output.h"
 
 #include <log4cplus/initializer.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <exception>
 #include <iostream>
 #include <iterator>
@@ -46,7 +48,9 @@ void printUsage(std::ostream& os) {
           "  murvane-audio SUBCOMMAND --help   tells all about one of them\n"
           "  murvane-audio --version           prints the version\n\n"
           "Results go to standard output, messages to standard error. The exit code is 0 when all was done, 1 when\n"
-          "some input failed (every other one was still done), 2 for wrong usage, 130 when interrupted.\n";
+          "some input failed (every other one was still done), 2 for wrong usage, 130 when interrupted, 141 when "
+          "nobody\n"
+          "reads standard output to its end.\n";
 }
 
 int run(std::vector<std::string> arguments) {
@@ -89,10 +93,17 @@ int main(int argc, char** argv) {
     Interrupt::install();
     try {
         const int exitCode = run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+        if (Output::hasReaderGone() && exitCode != Interrupted) {
+            return ReaderGone;
+        }
         if (exitCode != AllDone || std::cout.flush()) {
             return exitCode;
         }
-        std::cerr << "murvane-audio: cannot write standard output\n";  // of help, or a list
+        // Help, or a list.
+        if (errno == EPIPE) {
+            return ReaderGone;
+        }
+        std::cerr << "murvane-audio: cannot write standard output\n";
     } catch (const std::bad_alloc&) {
         std::cerr << "murvane-audio: not enough memory\n";
     } catch (const std::exception& exception) {

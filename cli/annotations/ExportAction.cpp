@@ -46,7 +46,9 @@ bool writeLabels(const std::string& file, const LabelFormat& format, const ReadO
     if (output.open(path) && output.write(text.data(), text.size()) && output.commit()) {
         return true;
     }
-    diagnostics.error(output.describeError());
+    if (!Output::hasReaderGone()) {
+        diagnostics.error(output.describeError());
+    }
     return false;
 }
 

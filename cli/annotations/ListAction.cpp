@@ -61,7 +61,9 @@ int list(const ListOptions& options, const ListFormat& format, const InputNames&
     const std::string end = isToldAny ? format.end : format.endOfNone;
     const bool isWanted = isToldAny || options.path.empty();
     if (!output.getError().empty() || (isWanted && !(output.write(end.data(), end.size()) && output.commit()))) {
-        diagnostics.error(output.describeError());
+        if (!Output::hasReaderGone()) {
+            diagnostics.error(output.describeError());
+        }
         return SomeFailed;
     }
     return isAllDone ? AllDone : SomeFailed;
@@ -72,13 +74,13 @@ int list(const ListOptions& options, const ListFormat& format, const InputNames&
 int runAnnotationsList(const std::vector<std::string>& arguments) {
     ListOptions options;
     po::options_description description("Options");
+    addInputOptions(description, options.inputs);
     description.add_options()                                                                            //
         ("format", po::value(&options.format)->value_name("FORMAT"), "text (the default), csv or json")  //
         ("output,o", po::value(&options.path)->value_name("PATH"),
          "write to this file, which appears only when it is complete, instead of standard output");
     addReadOptions(description, options.read);
     addCommonOptions(description, options.log);
-    addInputOptions(description, options.inputs);
     const po::variables_map values = parseArguments(arguments, description, options.inputs.files);
     options.inputs.behindDashes = countBehindDashes(arguments);
     if (values.count("help") != 0) {

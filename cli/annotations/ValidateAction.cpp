@@ -66,8 +66,8 @@ int runAnnotationsValidate(const std::vector<std::string>& arguments) {
     LogOptions log;
     InputArguments inputArguments;
     po::options_description description("Options");
-    addCommonOptions(description, log);
     addInputOptions(description, inputArguments);
+    addCommonOptions(description, log);
     const po::variables_map values = parseArguments(arguments, description, inputArguments.files);
     inputArguments.behindDashes = countBehindDashes(arguments);
     if (values.count("help") != 0) {

@@ -3,6 +3,7 @@
 #include "shell/Interrupt.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -14,6 +15,8 @@ namespace Zantrix::Cli {
 namespace {
 
 constexpr std::size_t c_uiBufferSize = std::size_t(256) * 1024;
+
+std::atomic<bool> g_readerGone = false;
 
 // Waits until somebody takes bytes; false when nobody does within the time.
 bool waitForReader(int milliseconds) {
@@ -103,6 +106,10 @@ void Output::abandon() {
     }
 }
 
+bool Output::hasReaderGone() {
+    return g_readerGone;
+}
+
 std::string Output::describeError() const {
     return "cannot write " + (m_strPath.empty() ? "standard output" : m_strPath) + ": " + m_strError;
 }
@@ -115,6 +122,9 @@ bool Output::send(const char* bytes, std::size_t size) {
         return m_file.write(bytes, size) || fail(m_file.getError());
     }
     const int error = sendToStandardOutput(bytes, size);
+    if (error == EPIPE) {
+        g_readerGone = true;
+    }
     return error == 0 || fail(error == EPIPE ? "its reader has gone" : std::strerror(error));
 }
 

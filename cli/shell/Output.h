@@ -54,6 +54,10 @@ public:
 
     const std::string& getError() const { return m_strError; }
 
+    /// Whether writing to standard output failed, through any object, because nobody reads it any more. That is no
+    /// error worth a message: `... | head` does it.
+    static bool hasReaderGone();
+
     /// The error as a message.
     std::string describeError() const;
 

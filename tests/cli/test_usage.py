@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Wrong usage: exit code 2, a message that helps, and nothing done."""
 
+import os
 import unittest
 
 from command import CommandTest, run
@@ -149,6 +150,47 @@ class Arguments(CommandTest):
         result = self.features("--feature", "MEAN", "missing.wav", "a.wav")
         self.assert_failed(result, "missing.wav: No such file or directory")
         self.assertIn(b"\na.wav,", result.stdout)
+
+
+class ReaderGone(CommandTest):
+    """Who wants no more of standard output, as `head` does, draws no message."""
+
+    def run_without_reader(self, *arguments):
+        reading, writing = os.pipe()
+        os.close(reading)
+        self.addCleanup(os.close, writing)
+        return self.run_here(*arguments, stdout=writing)
+
+    def test_the_exit_code_is_that_of_a_program_that_the_signal_ends(self):
+        self.write_wav("a.wav")
+        self.assert_done(self.run_here("annotations", "add", "a.wav", "--label", "b", "--start", "0", "--stop", "0.1"))
+        for arguments in (["features", "a.wav", "--feature", "MEAN"], ["info", "a.wav"], ["list"], ["--help"],
+                          ["features", "--help"], ["features", "--feature", "MEAN", "--save-config", "-"],
+                          ["annotations", "list", "a.wav"], ["annotations", "validate", "a.wav"],
+                          ["annotations", "export", "a.wav", "--format", "csv"]):
+            result = self.run_without_reader(*arguments)
+            self.assertEqual((result.returncode, result.stderr), (141, b""), arguments)
+
+    def test_the_list_of_failures_is_still_written(self):
+        self.write_wav("a.wav")
+        result = self.run_without_reader("features", "none.wav", "a.wav", "--feature", "MEAN", "--failures", "f.txt")
+        self.assertEqual(result.returncode, 141)
+        self.assertEqual(self.read("f.txt"), b"none.wav\tNo such file or directory\n")
+
+    def test_a_run_that_wrote_nothing_there_does_not_care(self):
+        self.write_wav("a.wav")
+        result = self.run_without_reader("features", "a.wav", "--feature", "MEAN", "-o", "t.csv")
+        self.assert_done(result)
+
+
+class HelpText(CommandTest):
+    def test_common_options_stand_last(self):
+        for subcommand in (["features"], ["evaluate"], ["info"], ["annotations", "list"], ["annotations", "validate"]):
+            text = run(*subcommand, "--help").stdout.decode()
+            options = [line.split()[0] for line in text.splitlines() if line.startswith("  --") or
+                       line.startswith("  -h ")]
+            self.assertEqual((options[0], options[-3:]), ("--audioset", ["--log-level", "--log-config", "-h"]),
+                             subcommand)
 
 
 class StandardOutput(CommandTest):
