@@ -83,6 +83,10 @@ BatchRun::Result fill(TableWriter& writer, const PreviousTable* pPrevious, const
             diagnostics.error(writer.describeError());
         }
         result = BatchRun::Result::OutputFailed;
+    } else {
+        for (const std::string& oddity : table.oddities()) {
+            diagnostics.warning(oddity);
+        }
     }
     return result;
 }

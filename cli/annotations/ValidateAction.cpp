@@ -89,7 +89,9 @@ int runAnnotationsValidate(const std::vector<std::string>& arguments) {
     const bool isAllGood = forEachFile(inputs, output, diagnostics,
                                        [&](const std::string& file) { return validate(file, diagnostics, output); });
     if (!output.commit()) {
-        diagnostics.error(output.describeError());
+        if (!Output::hasReaderGone()) {
+            diagnostics.error(output.describeError());
+        }
         return SomeFailed;
     }
     return exitCodeOf(isAllGood && areListsRead);

@@ -114,6 +114,16 @@ std::vector<std::string> FeatureColumns::names() const {
     return names;
 }
 
+std::vector<Column> FeatureColumns::empty() const {
+    std::vector<Column> columns;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        if (m_full[i] == 0) {
+            columns.push_back(m_columns[i]);
+        }
+    }
+    return columns;
+}
+
 std::string FeatureColumns::difference(const FeatureColumns& other) const {
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         if (m_full[i] != other.m_full[i]) {

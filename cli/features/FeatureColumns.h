@@ -31,6 +31,9 @@ public:
     /// The columns' names: NAME for a feature or formula of one value, NAME[0], NAME[1] ... for others.
     std::vector<std::string> names() const;
 
+    /// The features and formulas that give no values, and so no columns.
+    std::vector<Column> empty() const;
+
     /// "NAME gives n values", of the first feature or formula in which `other` differs.
     std::string difference(const FeatureColumns& other) const;
 

@@ -26,6 +26,9 @@ bool FeatureTable::copyRows(const TableInput& input, const PreviousTable::Rows& 
 
 bool FeatureTable::endInput(const TableInput& input) {
     m_bAnyDone = true;
+    if (input.drifts && !m_drifting) {
+        m_drifting = input;
+    }
     if (!m_pColumns) {
         m_pColumns = input.pColumns;
     }
@@ -39,6 +42,18 @@ bool FeatureTable::dropInput() {
     // The head of the table is gone as well, if this input brought it.
     m_pColumns = m_pColumnsBefore;
     return true;
+}
+
+std::vector<std::string> FeatureTable::oddities() const {
+    std::vector<std::string> messages;
+    for (const Column& column : m_pColumns ? m_pColumns->empty() : std::vector<Column>()) {
+        messages.push_back(describe(column) + " gives no values: the table has no column of it");
+    }
+    if (m_drifting) {
+        messages.push_back("at " + std::to_string(m_drifting->rate) + " Hz, as of " + m_drifting->name +
+                           ", windows are cut to whole samples, but times count in milliseconds: they drift");
+    }
+    return messages;
 }
 
 bool FeatureTable::finish() {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Zantrix::Cli {
 
@@ -15,6 +16,7 @@ namespace Zantrix::Cli {
 struct TableInput {
     std::string name;
     std::uint64_t rate = 0;                          ///< in Hz
+    bool drifts = false;                             ///< its windows follow each other at another pace than their times
     std::shared_ptr<const FeatureColumns> pColumns;  ///< for this rate
     double firstTime = 0.0;                          ///< of the first row, in seconds
     std::uint64_t digest = c_uiNoDigest;             ///< of the bytes of all rows
@@ -57,6 +59,9 @@ public:
     /// Tells of an input that failed.
     bool addFailed(const std::string& name) { return m_writer.addFailed(name); }
 
+    /// What is odd about the table as a whole, once all inputs are done: messages.
+    std::vector<std::string> oddities() const;
+
     /// Ends the table; without an input that was done there is none, unless it is a shard.
     bool finish();
 
@@ -67,6 +72,7 @@ private:
     std::shared_ptr<const FeatureColumns> m_pColumns;        // of the table; before it begins, of the first input done
     std::shared_ptr<const FeatureColumns> m_pColumnsBefore;  // the current input
     bool m_bAnyDone = false;
+    std::optional<TableInput> m_drifting;  // the first such input
 };
 
 }  // namespace Zantrix::Cli

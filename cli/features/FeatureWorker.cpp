@@ -26,6 +26,12 @@ std::uint64_t windowsIn(const Audio::LinearAudioWindower::Config& config, std::u
     return samples < window ? 0 : (samples - window) / hop + 1;
 }
 
+// Whether windows follow each other at another pace than their times do.
+bool drifts(const Audio::LinearAudioWindower::Config& config) {
+    const std::uint64_t hop = config.getWindowSizeInSamples() - config.getWindowOverlapInSamples();
+    return hop * 1000 != config.m_uiSampleRate * (config.m_uiWindowSizeMs - config.m_uiWindowOverlapMs);
+}
+
 std::size_t framesPerRead(std::uint64_t rate, std::uint64_t milliseconds) {
     Audio::LinearAudioWindower::Config config;
     config.m_uiSampleRate = rate;
@@ -75,8 +81,8 @@ std::unique_ptr<Delivery> FeatureWorker::process(const std::string& name, Turn& 
         m_diagnostics.error(*problem);
         return nullptr;
     }
-    auto pRows = std::make_unique<InputRows>(turn, m_table, m_diagnostics,
-                                             TableInput{name, m_config.m_uiSampleRate, m_pColumns, 0.0});
+    auto pRows = std::make_unique<InputRows>(
+        turn, m_table, m_diagnostics, TableInput{name, m_config.m_uiSampleRate, drifts(m_config), m_pColumns, 0.0});
     m_pEncoder->begin(name, *pRows);
     const bool isDone = addWindows(reader, turn, *pRows) && checkEnd(input.samples());
     if (isDone || pRows->wantsRowsOfFailed()) {
@@ -96,7 +102,7 @@ std::unique_ptr<Delivery> FeatureWorker::takeOver(const std::string& name) {
         return nullptr;
     }
     return std::make_unique<CopiedRows>(m_table, *m_pPrevious, m_diagnostics,
-                                        TableInput{name, rows.rate, m_pColumns, 0.0});
+                                        TableInput{name, rows.rate, drifts(m_config), m_pColumns, 0.0});
 }
 
 bool FeatureWorker::configure(Audio::WindowedAudioFileReader& reader) {

@@ -303,5 +303,39 @@ class OutputFile(CommandTest):
                 self.assert_failed(self.run_here(*arguments, stdout=full), "cannot write standard output")
 
 
+class Oddities(CommandTest):
+    """What is odd about a table as a whole is told once, at the end of a run."""
+
+    def setUp(self):
+        super().setUp()
+        self.write_wav("a.wav")
+        self.write_wav("b.wav")
+
+    def warnings(self, *arguments):
+        result = self.features(*arguments)
+        self.assertEqual(result.returncode, 0)
+        return [line.removeprefix("murvane-audio: warning: ") for line in self.messages(result)]
+
+    def test_what_gives_no_column_is_named(self):
+        for option, name in (("--feature", "SLIDINGWINDOW(0)"), ("--feature", "RANGE(0,0)"),
+                             ("--feature", "SPECTRUM_MEAN"), ("--expr", "spectrum(1)")):
+            kind = "feature" if option == "--feature" else "formula"
+            for jobs in ("1", "2"):
+                self.assertEqual(self.warnings("a.wav", "b.wav", option, name, "--feature", "MEAN", "--jobs", jobs),
+                                 [f"the {kind} {name} gives no values: the table has no column of it"])
+        self.assertEqual(self.warnings("a.wav", "--feature", "MEAN"), [])
+
+    def test_windows_that_are_no_whole_number_of_samples_draw_one_warning(self):
+        self.write_wav("c.wav", 44100, rate=11025)
+        self.write_wav("d.wav", 44100, rate=11025)
+        told = self.warnings("a.wav", "c.wav", "d.wav", "--feature", "MEAN", "--jobs", "2")
+        self.assertEqual([line for line in told if "drift" in line],
+                         ["at 11025 Hz, as of c.wav, windows are cut to whole samples, but times count in milliseconds: "
+                          "they drift"])
+        self.assertEqual(told[-1], told[2])
+        for exact in (["--window-ms", "80", "--overlap-ms", "40"], ["--window-ms", "50", "--overlap-ms", "10"]):
+            self.assertFalse([line for line in self.warnings("c.wav", "--feature", "MEAN", *exact) if "drift" in line])
+
+
 if __name__ == "__main__":
     unittest.main()
