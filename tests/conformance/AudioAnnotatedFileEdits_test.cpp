@@ -194,6 +194,16 @@ TEST_F(AnnotatedFileEdits, AStereoTargetIsNotTouched) {
     EXPECT_EQ(readBytes(m_b), stereo);
 }
 
+TEST_F(AnnotatedFileEdits, AnAnnotationThatCannotBeClonedIsReportedAndNotAdded) {
+    struct Unique : AnnotationImpl {
+        Unique* clone() const override { return nullptr; }
+    };
+    const std::string before = readBytes(m_b);
+    EXPECT_THAT(failure([&] { return AnnotatedFile::addAnnotation(m_b.c_str(), Unique()); }),
+                ElementsAre(failedAssertion("!pClone.isNull()", "AudioAnnotation")));
+    EXPECT_EQ(readBytes(m_b), before);
+}
+
 TEST_F(AnnotatedFileEdits, NullPathsAreFilesThatCannotBeOpened) {
     EXPECT_THAT(failure([] { return AnnotatedFile::clearAnnotations(nullptr); }),
                 ElementsAre(record(c_iError, "Could not open ile for reading: ")));

@@ -1,6 +1,7 @@
 #include "AnnotationDiagnostics.h"
 
 #include <murvane/audio/annotations/AudioAnnotatedFile.h>
+#include <murvane/core/Assertion.h>
 #include <murvane/core/BoostRegex.h>
 #include <murvane/core/FileReplacement.h>
 #include <murvane/core/FileReplacementBuffer.h>
@@ -166,7 +167,7 @@ bool AnnotatedFile::addAnnotation(const char* file, const Annotation& annotation
         return false;
     }
     CloneableObjPtr<Annotation> pClone(annotation.clone());
-    if (pClone.isNull()) {
+    if (!Assertion(!pClone.isNull(), "!pClone.isNull()", c_szAnnotationSource, __LINE__)) {
         return false;
     }
     target.m_vAnnotations.push_back(std::move(pClone));
