@@ -159,7 +159,7 @@ class List(AnnotationTest):
     def test_an_audio_set_that_cannot_be_read_fails_and_the_files_are_listed(self):
         self.write_annotated("a.wav", TONES[0])
         result = self.annotations("list", "a.wav", "--audioset", "none.txt")
-        self.assert_failed(result, "none.txt: Could not open file none.txt containing file set to parse")
+        self.assert_failed(result, "none.txt: cannot be read: No such file or directory")
         self.assertIn(b"SF_440", result.stdout)
 
     def test_json_of_no_file_is_an_empty_list(self):
