@@ -22,22 +22,24 @@ std::unique_ptr<SignalFeature> make(Arguments... arguments) {
 
 }  // namespace
 
-// A kernel's vectors are aligned wider than any plain object.
+// A kernel's vectors are aligned wider than any plain object. The operators are called by name: a compiler may leave
+// out what a new-expression takes and gives back.
 TEST(AllocationCounter, CountsEveryFormOfNew) {
-    struct alignas(64) Aligned {
-        char bytes[100];
-    };
+    constexpr std::align_val_t wide{64};
     const testkit::AllocationCounter allocations;
-    const auto pPlain = std::make_unique<int>();
-    const auto pArray = std::make_unique<int[]>(3);
-    const std::unique_ptr<int> pNothrow(new (std::nothrow) int);
-    const auto pAligned = std::make_unique<Aligned>();
-    const auto pAlignedArray = std::make_unique<Aligned[]>(3);
-    const std::unique_ptr<Aligned> pAlignedNothrow(new (std::nothrow) Aligned);
+    void* const plain[] = {::operator new(4), ::operator new[](12), ::operator new(4, std::nothrow)};
+    void* const aligned[] = {::operator new(100, wide), ::operator new[](300, wide),
+                             ::operator new(100, wide, std::nothrow)};
     EXPECT_EQ(allocations.count(), 6U);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pAligned.get()) % 64, 0U);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pAlignedArray.get()) % 64, 0U);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pAlignedNothrow.get()) % 64, 0U);
+    ::operator delete(plain[0]);
+    ::operator delete[](plain[1]);
+    ::operator delete(plain[2], std::nothrow);
+    for (void* memory : aligned) {
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % 64, 0U);
+    }
+    ::operator delete(aligned[0], wide);
+    ::operator delete[](aligned[1], wide);
+    ::operator delete(aligned[2], wide, std::nothrow);
 }
 
 // Windows come by the thousand: only the first one, which sizes the working storage, may allocate.

@@ -17,8 +17,8 @@ void* nonNull(void* memory) {
 
 }  // namespace
 
-// The forms for arrays come down to these. So do those without exceptions in the standard library; not so in the
-// address sanitizer's runtime, so they stand here, too.
+// All forms, as the address sanitizer's runtime has its own of every one that does not stand here. The standard
+// library's would come down to a few.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     g_allocations.fetch_add(1, std::memory_order_relaxed);
     return std::malloc(size > 0 ? size : 1);
@@ -39,6 +39,22 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
     return nonNull(::operator new(size, alignment, std::nothrow));
 }
 
+void* operator new[](std::size_t size) {
+    return ::operator new(size);
+}
+
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return ::operator new(size, alignment);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& nothrow) noexcept {
+    return ::operator new(size, nothrow);
+}
+
+void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t& nothrow) noexcept {
+    return ::operator new(size, alignment, nothrow);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -52,6 +68,38 @@ void operator delete(void* memory, std::align_val_t) noexcept {
 }
 
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
 
