@@ -127,8 +127,9 @@ struct CommandList : Task {
     // What it prints is discarded while it is measured.
     bool check(const std::string& source, std::size_t count) override {
         constexpr std::size_t header = 1;
-        runCommand({MURVANE_COMMAND, "annotations", "list", "--format", "csv", "--output", target, source});
-        std::ifstream is(target);
+        const std::string table = target + ".csv";
+        runCommand({MURVANE_COMMAND, "annotations", "list", "--format", "csv", "--output", table, source});
+        std::ifstream is(table);
         const auto lines = std::count(std::istreambuf_iterator<char>(is), {}, '\n');
         return static_cast<std::size_t>(lines) == header + count;
     }
