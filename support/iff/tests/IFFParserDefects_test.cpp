@@ -14,6 +14,7 @@ using wav::fileOfSize;
 using wav::fmt;
 using wav::u32;
 using wav::zeros;
+using Zantrix::IFF::ChunkPos;
 using Zantrix::IFF::IFFParser;
 
 // A chunk of three bytes, whose padding byte the tests leave out or replace. 11 bytes.
@@ -200,6 +201,23 @@ TEST(IFFParserNormalises, SizesOfStreamsThatWereNeverPatched) {
                      "4: the RIFF chunk says 36 bytes, its chunks take 40\n"
                      "36: chunk \"data\" says 4294967295 bytes, 4 are there\n",
                      expected);
+}
+
+TEST(IFFParserNormalises, OtherPaddingBecomesZeroWhereAChangeWouldMakeItPartOfAnIdentifier) {
+    const std::string unprintable = chunk("ata\x08", "");
+    IFFParser parser = wav::parse(file(c_strOdd + "l" + chunk("ltxt", "wxyz") + unprintable + fmt()));
+    EXPECT_EQ(wav::outline(parser), "data:3 ltxt:4 ata\\x08:0 fmt :16");
+    ChunkPos position;
+    ASSERT_TRUE(parser.find("ltxt", position));
+    parser.remove(position);
+    EXPECT_EQ(wav::written(parser), file(c_strOdd + zeros(1) + unprintable + fmt()));
+
+    const std::string tail = "ata\x08" + u32(100);
+    parser = wav::parse(file(c_strOdd + "l" + chunk("ltxt", "wxyz") + tail));
+    EXPECT_EQ(wav::outline(parser), "data:3 ltxt:4 tail:8");
+    ASSERT_TRUE(parser.find("ltxt", position));
+    parser.remove(position);
+    EXPECT_EQ(wav::written(parser), file(c_strOdd + zeros(1) + tail));
 }
 
 TEST(IFFParserNormalises, RiffSizeThatLies) {
